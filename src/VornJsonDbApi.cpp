@@ -1,0 +1,865 @@
+// SPDX-License-Identifier: MIT
+//
+// The class: its table, the executor, rows, checks, SQL text and the record operations, in the order in which a record
+// travels. Line numbers of this file and the name VornJsonDbApi stand in every log line that it writes.
+
+#include "VornJsonDbApi.h"
+
+#include <cstring>
+#include <exception>
+
+#include "json_text.h"
+#include "log.h"
+#include "row_value.h"
+#include "sqlite_text.h"
+#include "text.h"
+#include "type_map.h"
+#include "value_list.h"
+
+using VORN_JSON_DB::jsonCopyMember;
+using VORN_JSON_DB::recType;
+
+namespace
+{
+
+constexpr const char* kLogFile = "VornJsonDbApi";
+
+constexpr const char* kRawFilter = "vornSqlWhereFilter";
+constexpr const char* kDuplicateKey = "DUPLICATE_PRIMARY_KEY";
+
+// The table whose object ran the last statement: row callbacks get only the result array from SQLite and find their
+// types by this name.
+std::string strCurTableName;
+
+const TypeMap& currentTypeMap()
+{
+    Json::Value jNoTableDef;
+    return typeMapOf(jNoTableDef, strCurTableName);
+}
+
+void traceSqlError(const std::string& strSqlErr, const std::string& strSql)
+{
+    if (!strSqlErr.empty())
+        VORN_TRACE("sql error, err=%s, sql=%s", strSqlErr.c_str(), strSql.c_str());
+}
+
+bool isDuplicateKey(const std::string& strSqlErr)
+{
+    return strSqlErr.find("UNIQUE constraint failed") != std::string::npos;
+}
+
+}  // namespace
+
+// ---- The object and its table
+// ------------------------------------------------------------------------------------------
+
+#define VORN_TRACE_IF(condition)                   \
+    do                                             \
+    {                                              \
+        if (condition)                             \
+            VORN_TRACE("Failed [%s]", #condition); \
+    } while (false)
+
+VornJsonDbApi::VornJsonDbApi(sqlite3* pDb, std::string& strName, Json::Value& jTableDef, std::string& strSqlCreate)
+    : m_pDb(pDb), m_strName(strName), m_jTableDef(jTableDef), m_strSqlCreate(strSqlCreate)
+{
+    VORN_TRACE_IF(!pDb);
+    VORN_TRACE_IF(strName.empty());
+    VORN_TRACE_IF(jTableDef.empty());
+    VORN_TRACE_IF(strSqlCreate.empty());
+    static_cast<void>(VORN_FAILED(0 > tableCreate()));
+}
+
+VornJsonDbApi::~VornJsonDbApi()
+{
+    m_pDb = nullptr;
+}
+
+std::string VornJsonDbApi::getErrMsg()
+{
+    return m_strErrMsg;
+}
+
+void VornJsonDbApi::setErrMsg(std::string strErrMsg)
+{
+    m_strErrMsg = std::move(strErrMsg);
+}
+
+int VornJsonDbApi::tableCreate()
+{
+    if (0 <= runSqlEx(m_strSqlCreate))
+        return 0;
+
+    VORN_ERROR("create table failed, sql=%s", m_strSqlCreate.c_str());
+    traceSqlError(m_strSqlErr, m_strSqlCreate);
+    return -1;
+}
+
+// ---- Running statements
+// ------------------------------------------------------------------------------------------------
+
+namespace
+{
+
+using RowCallback = int (*)(void*, int, char**, char**);
+
+// The caller's row callback, kept apart from SQLite's frames: nothing that it throws may unwind them.
+struct GuardedCallback
+{
+    RowCallback callback;
+    void* pContext;
+    bool blStopped = false;
+    std::exception_ptr exception = nullptr;
+
+    static int run(void* pThis, int n_column, char** column_value, char** column_name) noexcept
+    {
+        auto& self = *static_cast<GuardedCallback*>(pThis);
+        try
+        {
+            self.blStopped = self.callback(self.pContext, n_column, column_value, column_name) != 0;
+        }
+        catch (...)
+        {
+            self.blStopped = true;
+            self.exception = std::current_exception();
+        }
+        return self.blStopped ? -1 : 0;
+    }
+};
+
+bool isLocked(const char* szErr)
+{
+    return szErr != nullptr && std::strstr(szErr, "database is locked") != nullptr;
+}
+
+}  // namespace
+
+int VornJsonDbApi::runSqlEx(std::string strSql, RowCallback callback, void* pContext)
+{
+    constexpr int kMaxAttempts = 500;
+    constexpr useconds_t kPauseMicroseconds = 10000;
+
+    SqliteText szErr;
+    int i = 0;
+    const auto run = [&]
+    {
+        if (VORN_FAILED(0 >= strSql.length()))
+            return -1;
+        m_strSqlErr.clear();
+        while (i < kMaxAttempts)
+        {
+            if (szErr != nullptr)
+                m_strSqlErr = szErr;
+            GuardedCallback guarded{callback, pContext};
+            errno = 0;
+            strCurTableName = m_strName;
+            const int err = sqlite3_exec(m_pDb, strSql.c_str(), callback != nullptr ? GuardedCallback::run : nullptr,
+                                         &guarded, szErr.place());
+            if (guarded.exception != nullptr)
+                std::rethrow_exception(guarded.exception);
+            if (err == SQLITE_OK)
+                return callback != nullptr ? 0 : sqlite3_changes(m_pDb);
+
+            // A query that its callback stopped is over, whatever errno holds.
+            if (guarded.blStopped || !(isLocked(szErr) || errno == EAGAIN))
+                return -1;
+            VORN_DEBUG("retry, i=%d, errno=%d, run sql failed, error=%s, sql=%s", i, errno,
+                       static_cast<const char*>(szErr), strSql.c_str());
+            ++i;
+            usleep(kPauseMicroseconds);
+        }
+        return -1;
+    };
+
+    const int iResult = run();
+    if (0 <= iResult)
+    {
+        m_strSqlErr.clear();
+        return iResult;
+    }
+    m_strSqlErr = szErr != nullptr ? szErr : "Unknow Error!!";
+    VORN_TRACE("i=%d,errno=%d, run sql failed, error=%s, sql=%s", i, errno, m_strSqlErr.c_str(), strSql.c_str());
+    VORN_DEBUG("run sql fail, err=%s", static_cast<const char*>(szErr));
+    return iResult;
+}
+
+// ---- Rows to records
+// ---------------------------------------------------------------------------------------------------
+
+namespace
+{
+
+// Sets the member for one column. The caller has looked up the types, once for all columns of a row.
+int fillField(const TypeMap& typeMap, std::size_t& expected, Json::Value& jRec, const char* szName, const char* szValue)
+{
+    if (VORN_FAILED(jRec.type() != Json::objectValue && jRec.type() != Json::nullValue))
+        return -1;
+    const TypeMember* pMember = typeMap.find(szName, std::strlen(szName), expected);
+    if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(strName)"))
+        return -1;
+    if (szValue == nullptr)
+        return 0;
+
+    Json::Value jValue;
+    if (!convertColumn(pMember->type, szValue, jValue))
+    {
+        VORN_ERROR("type error, strType=%s", pMember->strTypeName.c_str());
+        return -1;
+    }
+    // A static key: the type map's names are never freed, so records need no copy of them.
+    jRec[Json::StaticString(pMember->strName.c_str())] = std::move(jValue);
+    return 0;
+}
+
+}  // namespace
+
+int VornJsonDbApi::DbCallBackFillList(void* pjRecArray, int n_column, char** column_value, char** column_name)
+{
+    if (VORN_FAILED(!pjRecArray))
+        return -1;
+    auto* pjArray = static_cast<Json::Value*>(pjRecArray);
+    if (VORN_FAILED_AS(pjArray->type() != Json::arrayValue && pjArray->type() != Json::nullValue,
+                       "pjRecArray->type() != Json::arrayValue && pjRecArray->type() != Json::nullValue"))
+        return -1;
+
+    Json::Value jTmp(Json::objectValue);
+    if (VORN_FAILED(0 > DbCallBackFillRec(&jTmp, n_column, column_value, column_name)))
+        return -1;
+    pjArray->append(std::move(jTmp));
+    return 0;
+}
+
+int VornJsonDbApi::DbCallBackFillRec(Json::Value* pjRec, int n_column, char** column_value, char** column_name)
+{
+    if (VORN_FAILED(NULL == column_name || NULL == column_value))
+        return -1;
+
+    const TypeMap* pTypeMap = nullptr;
+    std::size_t expected = 0;
+    for (int i = 0; i < n_column; ++i)
+    {
+        bool blFailed = VORN_FAILED(NULL == column_name[i]);
+        if (!blFailed)
+        {
+            if (pTypeMap == nullptr)
+                pTypeMap = &currentTypeMap();
+            blFailed = VORN_FAILED_AS(0 > fillField(*pTypeMap, expected, *pjRec, column_name[i], column_value[i]),
+                                      "0 > (iTmp = DbCallBackFillField(*pjRec, column_name, column_value, i))");
+        }
+        if (!blFailed)
+            continue;
+        if (i > 0)
+        {
+            VORN_TRACE("column_name[%d]=%s", i, column_name[i]);
+            VORN_TRACE("column_value[%d]=%s", i, column_value[i]);
+        }
+        return -1;
+    }
+    return 0;
+}
+
+int VornJsonDbApi::DbCallBackFillField(Json::Value& jRec, char** column_name, char** column_value, int i)
+{
+    std::size_t expected = 0;
+    return fillField(currentTypeMap(), expected, jRec, column_name[i], column_value[i]);
+}
+
+// ---- Defaults and type check
+// -------------------------------------------------------------------------------------------
+
+int VornJsonDbApi::fillDefaultValue(Json::Value& jParam, bool blRequireAll)
+{
+    for (const TypeMember& member : typeMapOf(m_jTableDef, m_strName).members())
+    {
+        if (jParam.isMember(member.strName))
+            continue;
+        if (blRequireAll)
+        {
+            VORN_ERROR("lost data member=%s", member.strName.c_str());
+            VORN_DEBUG("jParam=%s", toString(jParam).c_str());
+            return -1;
+        }
+        if (member.blHasDefault)
+            jParam[member.strName] = member.jDefault;
+    }
+    return 0;
+}
+
+int VornJsonDbApi::checkJsonType(Json::Value& jRecParam)
+{
+    const TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
+    if (VORN_FAILED(!jRecParam.isObject()))
+        return -1;
+
+    std::size_t expected = 0;
+    for (auto it = jRecParam.begin(); it != jRecParam.end(); ++it)
+    {
+        const char* szEnd = nullptr;
+        const char* szKey = it.memberName(&szEnd);
+        const TypeMember* pMember = typeMap.find(szKey, static_cast<std::size_t>(szEnd - szKey), expected);
+        if (pMember == nullptr)
+            continue;
+
+        bool blFits = false;
+        switch (pMember->type)
+        {
+            case CppType::Int:
+            case CppType::LongLong:
+            case CppType::Uid:
+            case CppType::Time:
+                blFits = it->isIntegral();
+                break;
+            case CppType::Bool:
+                blFits = it->isBool();
+                break;
+            case CppType::String:
+                blFits = it->isString();
+                break;
+            case CppType::JsonArray:
+                blFits = it->isArray();
+                break;
+            case CppType::JsonObject:
+                blFits = it->isObject();
+                break;
+            default:
+                VORN_ERROR("type not found!!, key=%s", szKey);
+                return -1;
+        }
+        if (!blFits)
+        {
+            VORN_ERROR("type failed, strKey=%s, jRecParam=%s", szKey, toString(jRecParam).c_str());
+            return -1;
+        }
+    }
+    return 0;
+}
+
+// ---- Column and value lists
+// --------------------------------------------------------------------------------------------
+
+namespace
+{
+
+// The "member" object of the table's definition. The index operator enters null for an entry that is missing; a
+// definition of another kind throws, as its member names would.
+const Json::Value& definedMembers(Json::Value& jTableDef, const std::string& strName)
+{
+    const Json::Value& jMembers = jTableDef[strName]["member"];
+    if (!jMembers.isObject())
+        static_cast<void>(jMembers.getMemberNames());
+    return jMembers;
+}
+
+// Adds one value by the type of its member. False for types that cannot be written.
+bool addValue(ValueList& values, CppType type, const Json::Value& jValue)
+{
+    switch (type)
+    {
+        case CppType::String:
+            if (jValue.isString())
+                values.addQuoted(jValue.asCString());
+            else
+                values.addQuoted(jValue.asString().c_str());
+            return true;
+        case CppType::LongLong:
+        case CppType::Int:
+        case CppType::Long:
+        case CppType::Bool:
+            values.addInteger(jValue.asInt64());
+            return true;
+        case CppType::UnsignedLongLong:
+        case CppType::UnsignedInt:
+        case CppType::UnsignedLong:
+        case CppType::Unsigned:
+            values.addUnsigned(jValue.asUInt64());
+            return true;
+        case CppType::Float:
+            values.addFloat(jValue.asFloat());
+            return true;
+        case CppType::Double:
+            values.addDouble(jValue.asDouble());
+            return true;
+        case CppType::JsonObject:
+        case CppType::JsonArray:
+            values.addQuoted(toString(jValue).c_str());
+            return true;
+        default:
+            return false;
+    }
+}
+
+}  // namespace
+
+// Without the definition's last member both lists end in "," and the value list stays open: SQLite rejects the
+// statement, which is how a caller learns that the member is missing.
+int VornJsonDbApi::SqlExpandMemberName(std::string& strOut, Json::Value* pjRec)
+{
+    const Json::Value& jMembers = definedMembers(m_jTableDef, m_strName);
+    const Json::ArrayIndex n = jMembers.size();
+    Json::ArrayIndex i = 0;
+    for (auto it = jMembers.begin(); it != jMembers.end(); ++it, ++i)
+    {
+        const char* szEnd = nullptr;
+        const char* szKey = it.memberName(&szEnd);
+        if (pjRec != nullptr && !pjRec->isMember(szKey, szEnd))
+            continue;
+        strOut.append(szKey, szEnd);
+        if (i + 1 < n)
+            strOut += ',';
+    }
+    return 0;
+}
+
+int VornJsonDbApi::SqlExpandMemberSymbol(std::string& strOut, Json::Value& jRec)
+{
+    const TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
+    ValueList values(strOut);
+    const Json::Value& jMembers = definedMembers(m_jTableDef, m_strName);
+    const Json::ArrayIndex n = jMembers.size();
+    Json::ArrayIndex i = 0;
+    std::size_t expected = 0;
+    for (auto it = jMembers.begin(); it != jMembers.end(); ++it, ++i)
+    {
+        const char* szEnd = nullptr;
+        const char* szKey = it.memberName(&szEnd);
+        const TypeMember* pMember = typeMap.find(szKey, static_cast<std::size_t>(szEnd - szKey), expected);
+        if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(strKey)"))
+            return -1;
+        const Json::Value* pjValue = jRec.find(szKey, szEnd);
+        if (pjValue == nullptr)
+            continue;
+        if (!addValue(values, pMember->type, *pjValue))
+        {
+            VORN_ERROR("cannot support this type=%s", pMember->strTypeName.c_str());
+            return -1;
+        }
+        values.addSeparator(i + 1 < n ? "," : ") ");
+    }
+    strOut.swap(values.text());
+    return 0;
+}
+
+// ---- Conditions and assignments
+// ----------------------------------------------------------------------------------------
+
+int VornJsonDbApi::SqlMakeByMatchField(std::string& strField, Json::Value& jParam, std::string& strOut)
+{
+    const TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
+    std::size_t expected = 0;
+    const TypeMember* pMember = typeMap.find(strField.data(), strField.size(), expected);
+    if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(strField)"))
+        return -1;
+
+    SqliteText szSql;
+    switch (pMember->type)
+    {
+        case CppType::String:
+            if (VORN_FAILED(NULL == (szSql = sqlite3_mprintf("%q", jParam.asString().c_str()))))
+                return -1;
+            appendAll(strOut, {strField, "='", szSql.view(), "'"});
+            return 0;
+        case CppType::JsonValue:
+        case CppType::JsonArray:
+        case CppType::JsonObject:
+            if (VORN_FAILED_AS(NULL == (szSql = sqlite3_mprintf("%q", toString(jParam).c_str())),
+                               R"(NULL == (szSql = sqlite3_mprintf("%q", jParam.toString().c_str())))"))
+                return -1;
+            appendAll(strOut, {strField, "='", szSql.view(), "'"});
+            return 0;
+        case CppType::Bool:
+            if (VORN_FAILED(NULL == (szSql = sqlite3_mprintf("%d", jParam.asInt()))))
+                return -1;
+            appendAll(strOut, {strField, "=", szSql.view()});
+            return 0;
+        default:  // bare: a text given for a number becomes part of the statement
+            if (VORN_FAILED(NULL == (szSql = sqlite3_mprintf("%q", jParam.asString().c_str()))))
+                return -1;
+            appendAll(strOut, {strField, "=", szSql.view()});
+            return 0;
+    }
+}
+
+int VornJsonDbApi::SqlMakeByListField(const char* szField, Json::Value& jList, std::string& strOut)
+{
+    const TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
+    if (VORN_FAILED(!szField || !szField[0]))
+        return -1;
+    std::size_t expected = 0;
+    const TypeMember* pMember = typeMap.find(szField, std::strlen(szField), expected);
+    if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(szField)") || VORN_FAILED(jList.type() != Json::arrayValue))
+        return -1;
+    if (jList.empty())
+        return 0;
+
+    // The items stand one directly after another, without a separator: two quoted items read as one literal, two bare
+    // ones as one number.
+    std::string strItems;
+    for (const Json::Value& jItem : jList)
+    {
+        SqliteText szSql;
+        switch (pMember->type)
+        {
+            case CppType::String:
+                if (VORN_FAILED_AS(NULL == (szSql = sqlite3_mprintf("%q", jItem.asString().c_str())),
+                                   R"(NULL == (szSql = sqlite3_mprintf("%q", jList[i].asString().c_str())))"))
+                    return -1;
+                appendAll(strItems, {"'", szSql.view(), "'"});
+                break;
+            case CppType::JsonValue:
+            case CppType::JsonObject:
+            case CppType::JsonArray:
+                if (VORN_FAILED_AS(NULL == (szSql = sqlite3_mprintf("%q", toString(jItem).c_str())),
+                                   R"(NULL == (szSql = sqlite3_mprintf("%q", jList[i].toString().c_str())))"))
+                    return -1;
+                appendAll(strItems, {"'", szSql.view(), "'"});
+                break;
+            default:
+                if (VORN_FAILED_AS(NULL == (szSql = sqlite3_mprintf("%q", jItem.asString().c_str())),
+                                   R"(NULL == (szSql = sqlite3_mprintf("%q", jList[i].asString().c_str())))"))
+                    return -1;
+                strItems += szSql;
+                break;
+        }
+    }
+    appendAll(strOut, {szField, " in (", strItems, " )"});
+    return 0;
+}
+
+int VornJsonDbApi::SqlExpandMemberList(Json::Value& jRecParam, std::string& strSqlWhereOut, int andType)
+{
+    const TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
+    if (VORN_FAILED(jRecParam.type() != Json::objectValue && jRecParam.type() != Json::nullValue))
+        return -1;
+
+    const char* szJoiner = nullptr;
+    switch (andType)
+    {
+        case VORN_SQL_WHERE_TYPE_OR:
+            szJoiner = " or ";
+            break;
+        case VORN_SQL_WHERE_TYPE_AND:
+            szJoiner = " and ";
+            break;
+        case VORN_SQL_WHERE_TYPE_COMMA:
+            szJoiner = " , ";
+            break;
+        default:
+            VORN_ERROR("error andType=%d", andType);
+            return -1;
+    }
+    const bool blGrouped = andType != VORN_SQL_WHERE_TYPE_COMMA;
+
+    bool blWritten = false;
+    std::size_t expected = 0;
+    for (auto it = jRecParam.begin(); it != jRecParam.end(); ++it)
+    {
+        std::string strField = it.name();
+        const bool blRaw = strField == kRawFilter;
+        if (!blRaw && typeMap.find(strField.data(), strField.size(), expected) == nullptr)
+            continue;
+
+        if (blWritten)
+            strSqlWhereOut += szJoiner;
+        else if (blGrouped)
+            strSqlWhereOut += " (";
+        blWritten = true;
+
+        if (blRaw)
+        {
+            if (VORN_FAILED_AS(!it->isString(), "!jRecParam[jmFieldName[i]].isString()"))
+                return -1;
+            appendAll(strSqlWhereOut, {" ", it->asString(), " "});
+        }
+        else if (it->isArray())
+        {
+            if (VORN_FAILED_AS(0 > SqlMakeByListField(strField.c_str(), *it, strSqlWhereOut),
+                               "0 > SqlMakeByListField(jmFieldName[i].c_str(), jTmp, strSqlWhereOut)"))
+                return -1;
+        }
+        else if (VORN_FAILED_AS(0 > SqlMakeByMatchField(strField, *it, strSqlWhereOut),
+                                "0 > SqlMakeByMatchField(jmFieldName[i], jTmp, strSqlWhereOut)"))
+        {
+            return -1;
+        }
+    }
+    if (!blWritten)
+        return 1;
+    if (blGrouped)
+        strSqlWhereOut += " )";
+    return 0;
+}
+
+// The ordering is by a quoted text, which SQL reads as a constant, and the numbers are not checked: both are the clause
+// that callers have always got.
+int VornJsonDbApi::SqlFilterConditionFromJson(Json::Value& jFilter, std::string& strOut)
+{
+    if (VORN_FAILED(jFilter.type() != Json::objectValue && jFilter.type() != Json::nullValue))
+        return -1;
+
+    if (jFilter.isMember("sort_by"))
+    {
+        const SqliteText szSql(sqlite3_mprintf(" order by '%q'", jFilter["sort_by"].asCString()));
+        if (VORN_FAILED(!szSql))
+            return -1;
+        strOut += szSql;
+        if (jFilter.isMember("sort_direction"))
+            strOut += jFilter["sort_direction"].asString() == "desc" ? " DESC" : " ASC";
+    }
+    if (jFilter.isMember("limit"))
+    {
+        appendAll(strOut, {" LIMIT ", toString(jFilter["limit"])});
+        if (jFilter.isMember("offset"))
+            appendAll(strOut, {" OFFSET ", toString(jFilter["offset"])});
+    }
+    return 0;
+}
+
+int VornJsonDbApi::VectorParamToJson(std::vector<std::string>& strVector, const char* szKey, Json::Value& jParamOut)
+{
+    if (VORN_FAILED(jParamOut.type() != Json::objectValue && jParamOut.type() != Json::nullValue) ||
+        VORN_FAILED(!szKey || !szKey[0]))
+        return -1;
+
+    Json::Value jArray(Json::arrayValue);
+    for (const std::string& strItem : strVector)
+        jArray.append(strItem);
+    jParamOut[szKey] = std::move(jArray);
+    return 0;
+}
+
+// ---- Saving and creating
+// -----------------------------------------------------------------------------------------------
+
+int VornJsonDbApi::recSave(Json::Value& jRecInOut, bool blCreate)
+{
+    const Json::Value& jType = recType(m_jTableDef, m_strName);
+    std::string strSql;
+    const auto save = [&]
+    {
+        Json::Value jArrayTmp(Json::arrayValue);
+        appendAll(strSql, {blCreate ? "INSERT INTO " : "REPLACE INTO ", m_strName, " ("});
+        if (VORN_FAILED(0 > SqlExpandMemberName(strSql, &jRecInOut)))
+            return false;
+        strSql += ") VALUES (";
+        if (VORN_FAILED(0 > SqlExpandMemberSymbol(strSql, jRecInOut)))
+            return false;
+        appendAll(strSql, {";select * from ", m_strName, " where rowid == last_insert_rowid();"});
+        if (VORN_FAILED(strSql.empty()) || VORN_FAILED(0 > runSqlEx(strSql, DbCallBackFillList, &jArrayTmp)))
+            return false;
+        if (!m_strSqlErr.empty())
+        {
+            VORN_ERROR("sql error, sql=%s", strSql.c_str());
+            return false;
+        }
+        if (VORN_FAILED(0 == jArrayTmp.size()))
+            return false;
+        jRecInOut = std::move(jArrayTmp[0]);
+        return true;
+    };
+    if (save())
+        return 0;
+
+    VORN_TRACE("blCreate=%d, jRecInOut=%s", blCreate ? 1 : 0, toString(jRecInOut).c_str());
+    VORN_TRACE("jType=%s", toString(jType).c_str());
+    traceSqlError(m_strSqlErr, strSql);
+    return -1;
+}
+
+int VornJsonDbApi::recCreate(Json::Value& jRecIn, Json::Value& jRecOut)
+{
+    Json::Value jParam = jRecIn;
+    if (!VORN_FAILED(jRecIn.empty()) && !VORN_FAILED(0 > fillDefaultValue(jParam, false)) &&
+        !VORN_FAILED(0 > checkJsonType(jParam)) && !VORN_FAILED(0 > recSave(jParam, true)))
+    {
+        jRecOut = std::move(jParam);
+        return 0;
+    }
+
+    VORN_TRACE("call create rec, rec=%s", toString(jParam).c_str());
+    if (isDuplicateKey(m_strSqlErr))
+        m_strErrMsg = kDuplicateKey;
+    return -1;
+}
+
+// ---- Listing and fetching
+// ----------------------------------------------------------------------------------------------
+
+int VornJsonDbApi::recList(Json::Value& jRecParam, Json::Value& jRecArrayOut)
+{
+    std::string strSqlRun;
+    const auto list = [&]
+    {
+        if (VORN_FAILED(jRecParam.type() != Json::objectValue && jRecParam.type() != Json::nullValue) ||
+            VORN_FAILED(jRecArrayOut.type() != Json::nullValue && jRecArrayOut.type() != Json::arrayValue))
+            return false;
+        std::string strSql;
+        std::string strSqlLimit;
+        std::string strSqlPrefix = "SELECT ";
+        if (VORN_FAILED(0 > SqlExpandMemberList(jRecParam, strSql, VORN_SQL_WHERE_TYPE_AND)) ||
+            VORN_FAILED(0 > SqlFilterConditionFromJson(jRecParam, strSqlLimit)) ||
+            VORN_FAILED(0 > SqlExpandMemberName(strSqlPrefix)))
+            return false;
+        appendAll(strSqlRun, {strSqlPrefix, " FROM ", m_strName, " "});
+        if (!strSql.empty())
+            appendAll(strSqlRun, {" WHERE ", strSql});
+        appendAll(strSqlRun, {strSqlLimit, ";"});
+        return !VORN_FAILED(0 > runSqlEx(strSqlRun, DbCallBackFillList, &jRecArrayOut));
+    };
+    if (list())
+        return 0;
+
+    VORN_TRACE("jRecParam=%s", toString(jRecParam).c_str());
+    traceSqlError(m_strSqlErr, strSqlRun);
+    return -1;
+}
+
+int VornJsonDbApi::recGetOne(Json::Value& jRecParam, Json::Value& jRecOut)
+{
+    Json::Value jRecArray(Json::arrayValue);
+    if (VORN_FAILED(0 > recList(jRecParam, jRecArray)))
+        return -1;
+    if (jRecArray.empty())
+        return 0;
+    if (VORN_FAILED(0 > jsonCopyMember(jRecOut, jRecArray[0], true)))
+        return -1;
+    return 1;
+}
+
+// ---- Updating
+// ----------------------------------------------------------------------------------------------------------
+
+int VornJsonDbApi::recUpdateByWhere(Json::Value& jRecIn, std::string& strSqlWhere)
+{
+    std::string strSql;
+    const auto update = [&]
+    {
+        if (VORN_FAILED(strSqlWhere.empty()) || VORN_FAILED(jRecIn.empty()))
+            return false;
+        appendAll(strSql, {"UPDATE ", m_strName, " SET "});
+
+        // Raw condition text that came with the values must not become an assignment.
+        Json::Value jWithoutFilter;
+        if (jRecIn.isMember(kRawFilter))
+        {
+            jWithoutFilter = jRecIn;
+            jWithoutFilter.removeMember(kRawFilter);
+        }
+        Json::Value& jColumnList = jWithoutFilter.isNull() ? jRecIn : jWithoutFilter;
+
+        std::string strSql2;
+        if (VORN_FAILED(0 > SqlExpandMemberList(jColumnList, strSql2, VORN_SQL_WHERE_TYPE_COMMA)))
+            return false;
+        appendAll(strSql, {strSql2, " WHERE ", strSqlWhere, ";"});
+        if (VORN_FAILED(strSql.empty()) || VORN_FAILED(0 > runSqlEx(strSql, NULL, NULL)))
+            return false;
+        if (!m_strSqlErr.empty())
+        {
+            VORN_ERROR("sql error msg=%s, sql=%s", m_strSqlErr.c_str(), strSql.c_str());
+            return false;
+        }
+        return true;
+    };
+    if (update())
+        return 0;
+
+    VORN_TRACE("jRecIn=%s", toString(jRecIn).c_str());
+    traceSqlError(m_strSqlErr, strSql);
+    return -1;
+}
+
+int VornJsonDbApi::recUpdateByFilter(Json::Value& jFilterIn, Json::Value& jParamIn)
+{
+    std::string strSql;
+    if (!VORN_FAILED(jFilterIn.empty()) && !VORN_FAILED(jFilterIn.type() != Json::objectValue) &&
+        !VORN_FAILED(jParamIn.type() != Json::objectValue) &&
+        !VORN_FAILED(0 > SqlExpandMemberList(jFilterIn, strSql, VORN_SQL_WHERE_TYPE_AND)) &&
+        !VORN_FAILED(strSql.empty()) && !VORN_FAILED(0 > checkJsonType(jParamIn)) &&
+        !VORN_FAILED(0 > recUpdateByWhere(jParamIn, strSql)))
+        return 0;
+
+    VORN_TRACE("recUpdateByFilter failed, jParamIn=%s", toString(jParamIn).c_str());
+    if (isDuplicateKey(m_strSqlErr))
+        m_strErrMsg = kDuplicateKey;
+    return -1;
+}
+
+// ---- Deleting
+// ----------------------------------------------------------------------------------------------------------
+
+int VornJsonDbApi::recDelete(Json::Value& jRecParam, bool blAllowAll)
+{
+    std::string strSqlRun;
+    int err = -1;
+    const auto remove = [&]
+    {
+        std::string strSql;
+        if (VORN_FAILED(jRecParam.type() != Json::objectValue) ||
+            VORN_FAILED(0 > SqlExpandMemberList(jRecParam, strSql, VORN_SQL_WHERE_TYPE_AND)))
+            return false;
+        if (!blAllowAll && VORN_FAILED(strSql.empty()))
+            return false;
+        appendAll(strSqlRun, {"DELETE FROM ", m_strName, " "});
+        if (!strSql.empty())
+            appendAll(strSqlRun, {" WHERE ", strSql});
+        strSqlRun += ';';
+        if (VORN_FAILED(0 > (err = runSqlEx(strSqlRun))))
+            return false;
+        if (!m_strSqlErr.empty())
+        {
+            VORN_ERROR("sql error, sql=%s", strSqlRun.c_str());
+            return false;
+        }
+        return true;
+    };
+    if (remove())
+    {
+        VORN_DEBUG("delete rec number=%d", err);
+        return err;
+    }
+
+    traceSqlError(m_strSqlErr, strSqlRun);
+    return -1;
+}
+
+int VornJsonDbApi::recDeleteAll()
+{
+    Json::Value jEveryRow(Json::objectValue);
+    return recDelete(jEveryRow, true);
+}
+
+int VornJsonDbApi::recDeleteByArray(std::vector<std::string>& strVector, const char* szKey)
+{
+    Json::Value jParam(Json::objectValue);
+    Json::Value& jType = recType(m_jTableDef, m_strName);
+    int err = -1;
+    if (!VORN_FAILED(0 >= strVector.size()) && !VORN_FAILED(!szKey || !szKey[0]) &&
+        !VORN_FAILED(!jType.isMember(szKey)) && !VORN_FAILED(jType[szKey]["cpptype"].asString() != "string") &&
+        !VORN_FAILED(0 > VectorParamToJson(strVector, szKey, jParam)) && !VORN_FAILED(0 > (err = recDelete(jParam))))
+        return err;
+
+    std::string strItems;
+    for (const std::string& strItem : strVector)
+    {
+        if (&strItem != &strVector.front())
+            strItems += ',';
+        strItems += strItem;
+    }
+    VORN_TRACE("recDeleteByArray failed, name=%s, strVector=%s", szKey, strItems.c_str());
+    return -1;
+}
+
+int VornJsonDbApi::recDeleteByName(std::string& strValue, const char* szKey)
+{
+    std::vector<std::string> strVector;
+    Json::Value& jType = recType(m_jTableDef, m_strName);
+    int err = -1;
+    if (!VORN_FAILED(strValue.empty()) && !VORN_FAILED(!szKey || !szKey[0]) && !VORN_FAILED(!jType.isMember(szKey)))
+    {
+        strVector.push_back(strValue);
+        if (!VORN_FAILED(0 > (err = recDeleteByArray(strVector, szKey))))
+            return err;
+    }
+
+    VORN_TRACE("recDeleteByName failed, name=%s, strValue=%s", szKey, strValue.c_str());
+    return -1;
+}

@@ -1,0 +1,15 @@
+// SPDX-License-Identifier: MIT
+//
+// One column of a result row as a JSON value.
+
+#ifndef VORN_ROW_VALUE_H
+#define VORN_ROW_VALUE_H
+
+#include <json/json.h>
+
+#include "cpp_type.h"
+
+// Converts the text of a column (not null) by the member's type. False for types that cannot be read back.
+bool convertColumn(CppType type, const char* szText, Json::Value& jValue);
+
+#endif  // VORN_ROW_VALUE_H

@@ -1,0 +1,44 @@
+// SPDX-License-Identifier: MIT
+//
+// A text that SQLite allocated, released with sqlite3_free().
+
+#ifndef VORN_SQLITE_TEXT_H
+#define VORN_SQLITE_TEXT_H
+
+#include <sqlite3.h>
+
+#include <string_view>
+
+class SqliteText
+{
+public:
+    SqliteText() = default;
+    explicit SqliteText(char* szText) : m_szText(szText) {}
+    ~SqliteText() { sqlite3_free(m_szText); }
+    SqliteText(const SqliteText&) = delete;
+    SqliteText& operator=(const SqliteText&) = delete;
+
+    // Takes over a text from SQLite, so that a check can read NULL == (szText = sqlite3_mprintf(...)).
+    SqliteText& operator=(char* szText)
+    {
+        sqlite3_free(m_szText);
+        m_szText = szText;
+        return *this;
+    }
+
+    operator const char*() const { return m_szText; }
+    std::string_view view() const { return m_szText; }  // not while it is null
+
+    // Releases the text and gives SQLite the place for the next one.
+    char** place()
+    {
+        sqlite3_free(m_szText);
+        m_szText = nullptr;
+        return &m_szText;
+    }
+
+private:
+    char* m_szText = nullptr;
+};
+
+#endif  // VORN_SQLITE_TEXT_H

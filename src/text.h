@@ -1,0 +1,22 @@
+// SPDX-License-Identifier: MIT
+//
+// Appending several pieces to a text at once: all of them, or none when memory runs out.
+
+#ifndef VORN_TEXT_H
+#define VORN_TEXT_H
+
+#include <initializer_list>
+#include <string>
+#include <string_view>
+
+inline void appendAll(std::string& strOut, std::initializer_list<std::string_view> pieces)
+{
+    std::size_t length = strOut.size();
+    for (std::string_view piece : pieces)
+        length += piece.size();
+    strOut.reserve(length);
+    for (std::string_view piece : pieces)
+        strOut.append(piece);
+}
+
+#endif  // VORN_TEXT_H
