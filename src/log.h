@@ -24,6 +24,9 @@
 extern __attribute__((visibility("default"))) bool blLogToStdout;
 extern __attribute__((visibility("default"))) bool blDebugOutput;
 
+// Lines are rare: their code stays out of the way of the rest and small.
+#define VORN_COLD __attribute__((cold, noinline))
+
 namespace vorn_log
 {
 
@@ -47,7 +50,7 @@ struct Formats
     }
 
 template <typename... Args>
-void writeLocated(const Formats& formats, const char* szFile, int iLine, Args... args)
+VORN_COLD void writeLocated(const Formats& formats, const char* szFile, int iLine, Args... args)
 {
     const auto uPid = static_cast<unsigned>(getpid());
     if (blLogToStdout)
@@ -58,7 +61,7 @@ void writeLocated(const Formats& formats, const char* szFile, int iLine, Args...
 }
 
 template <typename... Args>
-void writePlain(const Formats& formats, const char* szFile, int iLine, Args... args)
+VORN_COLD void writePlain(const Formats& formats, const char* szFile, int iLine, Args... args)
 {
     const auto uPid = static_cast<unsigned>(getpid());
     if (blLogToStdout)
@@ -67,7 +70,7 @@ void writePlain(const Formats& formats, const char* szFile, int iLine, Args... a
         syslog(LOG_ERR, errno != 0 ? formats.szSyslogErrno : formats.szSyslog, szFile, iLine, uPid, args...);
 }
 
-inline bool writeFailure(const char* szFile, int iLine, const char* szCondition)
+VORN_COLD inline bool writeFailure(const char* szFile, int iLine, const char* szCondition)
 {
     static constexpr Formats formats = VORN_LOCATED_FORMATS("Failed [%s]");
     writeLocated(formats, szFile, iLine, szCondition);

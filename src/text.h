@@ -9,14 +9,6 @@
 #include <string>
 #include <string_view>
 
-inline void appendAll(std::string& strOut, std::initializer_list<std::string_view> pieces)
-{
-    std::size_t length = strOut.size();
-    for (std::string_view piece : pieces)
-        length += piece.size();
-    strOut.reserve(length);
-    for (std::string_view piece : pieces)
-        strOut.append(piece);
-}
+void appendAll(std::string& strOut, std::initializer_list<std::string_view> pieces);
 
 #endif  // VORN_TEXT_H
