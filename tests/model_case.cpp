@@ -297,13 +297,27 @@ std::string randomName(Random& random, const Columns& columns)
     return column->first;
 }
 
+// Deleting by values is refused for members of other types.
+std::string randomStringName(Random& random, const Columns& columns)
+{
+    for (const auto& [name, type] : columns)
+    {
+        if (type == "string" && !random.oneIn(3))
+        {
+            return name;
+        }
+    }
+    return randomName(random, columns);
+}
+
 Step randomStep(Random& random, Call call, const Columns& columns)
 {
     Step step{call, {}, {}, {}, {}, {}, 0, false};
     const char* const prefixes[] = {"", "x", "INSERT INTO t (a) VALUES ("};
     step.text = random.from(prefixes);
     step.flag = random.oneIn(2);
-    step.name = randomName(random, columns);
+    step.name = call == Call::DeleteByArray || call == Call::DeleteByName ? randomStringName(random, columns)
+                                                                          : randomName(random, columns);
     const auto column = columns.find(step.name);
     const std::string type = column == columns.end() ? "string" : column->second;
     switch (call)

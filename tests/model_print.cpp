@@ -38,56 +38,79 @@ std::string cppJson(const Json::Value& value)
     return "json(R\"json(" + jsonText(value) + ")json\")";
 }
 
-std::string cppCall(const Step& step)
+std::string setFirst(const Step& step)
 {
-    const std::string line = "    first = " + cppJson(step.first) + ";\n    second = " + cppJson(step.second) +
-                             ";\n    text = " + cppText(step.text) + ";\n    name = " + cppText(step.name) + ";\n";
-    const std::string flag = step.flag ? "true" : "false";
-    switch (step.call)
-    {
-        case Call::ColumnList:
-            return line + "    api.SqlExpandMemberName(text, " + (step.flag ? "&first" : "nullptr") + ");\n";
-        case Call::ValueList:
-            return line + "    api.SqlExpandMemberSymbol(text, first);\n";
-        case Call::Match:
-            return line + "    api.SqlMakeByMatchField(name, first, text);\n";
-        case Call::ListCondition:
-            return line + "    api.SqlMakeByListField(name.c_str(), first, text);\n";
-        case Call::MemberList:
-            return line + "    api.SqlExpandMemberList(first, text, " + std::to_string(step.number) + ");\n";
-        case Call::SortAndPage:
-            return line + "    api.SqlFilterConditionFromJson(first, text);\n";
-        case Call::CheckTypes:
-            return line + "    api.checkJsonType(first);\n";
-        case Call::FillDefaults:
-            return line + "    api.fillDefaultValue(first, false);\n";
-        case Call::Create:
-            return line + "    api.recCreate(first, second);\n";
-        case Call::Save:
-            return line + "    api.recSave(first, " + flag + ");\n";
-        case Call::List:
-            return line + "    api.recList(first, second);\n";
-        case Call::GetOne:
-            return line + "    api.recGetOne(first, second);\n";
-        case Call::UpdateByFilter:
-            return line + "    api.recUpdateByFilter(first, second);\n";
-        case Call::UpdateByWhere:
-            return line + "    api.recUpdateByWhere(first, text);\n";
-        case Call::Delete:
-            return line + "    api.recDelete(first, " + flag + ");\n";
-        case Call::DeleteAll:
-            return "    api.recDeleteAll();\n";
-        case Call::DeleteByName:
-            return line + "    api.recDeleteByName(text, name.c_str());\n";
-        case Call::DeleteByArray:
-            break;
-    }
+    return "    first = " + cppJson(step.first) + ";\n";
+}
+std::string setSecond(const Step& step)
+{
+    return "    second = " + cppJson(step.second) + ";\n";
+}
+std::string setText(const Step& step)
+{
+    return "    text = " + cppText(step.text) + ";\n";
+}
+std::string setName(const Step& step)
+{
+    return "    name = " + cppText(step.name) + ";\n";
+}
+
+std::string setTexts(const Step& step)
+{
     std::string texts;
     for (const std::string& text : step.texts)
     {
         texts += (texts.empty() ? "" : ", ") + cppText(text);
     }
-    return line + "    texts = {" + texts + "};\n    api.recDeleteByArray(texts, name.c_str());\n";
+    return "    texts = {" + texts + "};\n";
+}
+
+std::string cppCall(const Step& step)
+{
+    const std::string flag = step.flag ? "true" : "false";
+    switch (step.call)
+    {
+        case Call::ColumnList:
+            return setFirst(step) + setText(step) + "    api.SqlExpandMemberName(text, " +
+                   (step.flag ? "&first" : "nullptr") + ");\n";
+        case Call::ValueList:
+            return setFirst(step) + setText(step) + "    api.SqlExpandMemberSymbol(text, first);\n";
+        case Call::Match:
+            return setName(step) + setFirst(step) + setText(step) + "    api.SqlMakeByMatchField(name, first, text);\n";
+        case Call::ListCondition:
+            return setName(step) + setFirst(step) + setText(step) +
+                   "    api.SqlMakeByListField(name.c_str(), first, text);\n";
+        case Call::MemberList:
+            return setFirst(step) + setText(step) + "    api.SqlExpandMemberList(first, text, " +
+                   std::to_string(step.number) + ");\n";
+        case Call::SortAndPage:
+            return setFirst(step) + setText(step) + "    api.SqlFilterConditionFromJson(first, text);\n";
+        case Call::CheckTypes:
+            return setFirst(step) + "    api.checkJsonType(first);\n";
+        case Call::FillDefaults:
+            return setFirst(step) + "    api.fillDefaultValue(first, false);\n";
+        case Call::Create:
+            return setFirst(step) + "    api.recCreate(first, second);\n";
+        case Call::Save:
+            return setFirst(step) + "    api.recSave(first, " + flag + ");\n";
+        case Call::List:
+            return setFirst(step) + setSecond(step) + "    api.recList(first, second);\n";
+        case Call::GetOne:
+            return setFirst(step) + setSecond(step) + "    api.recGetOne(first, second);\n";
+        case Call::UpdateByFilter:
+            return setFirst(step) + setSecond(step) + "    api.recUpdateByFilter(first, second);\n";
+        case Call::UpdateByWhere:
+            return setFirst(step) + setText(step) + "    api.recUpdateByWhere(first, text);\n";
+        case Call::Delete:
+            return setFirst(step) + "    api.recDelete(first, " + flag + ");\n";
+        case Call::DeleteAll:
+            return "    api.recDeleteAll();\n";
+        case Call::DeleteByArray:
+            return setTexts(step) + setName(step) + "    api.recDeleteByArray(texts, name.c_str());\n";
+        case Call::DeleteByName:
+            return setText(step) + setName(step) + "    api.recDeleteByName(text, name.c_str());\n";
+    }
+    return {};
 }
 
 }  // namespace

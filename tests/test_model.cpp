@@ -313,7 +313,8 @@ private:
         std::vector<std::string> expected;
         for (const auto& [error, sql] : table.refused())
         {
-            expected.push_back("error=" + error + ", sql=" + sql);
+            // A line ends the text at its first NUL.
+            expected.push_back("error=" + error + ", sql=" + sql.c_str());
         }
         std::string out;
         for (std::size_t i = 0; i < expected.size() || i < seen.size(); i++)
