@@ -1,0 +1,56 @@
+# SPDX-License-Identifier: MIT
+#
+# Turns the examples of a Markdown page into tests. Call: awk -v suite=NAME -f extract.awk PAGE > FILE.cpp
+#
+#   ```cpp helpers   functions for all examples of the page
+#   ```cpp setup     statements that every later example starts with; `sqlite3* db` is an open database in memory
+#   ```cpp           one example
+#   ```sql           after an example: the SQL text that it makes SQLite run
+#   ```text          after an example: what it writes to std::cout
+#
+# Each example becomes one test, named after the heading above it and its line.
+
+function emit(    i)
+{
+    if (example == "") return
+    printf "TEST(%s, %s_line%d)\n{\n", suite, heading, exampleLine
+    printf "    DocExample example;\n    sqlite3* db = example.database();\n"
+    printf "#line %d \"%s\"\n%s", setupLine, FILENAME, setup
+    printf "    example.start();\n    {\n#line %d \"%s\"\n%s    }\n", exampleLine, FILENAME, example
+    printf "    example.finish(%s, R\"~(%s)~\", R\"~(%s)~\");\n}\n\n", hasSql ? "true" : "false", sql, text
+    example = sql = text = ""
+    hasSql = 0
+}
+
+BEGIN { print "#include \"doc_example.h\"\n" }
+
+!block && /^#+ / {
+    emit()
+    heading = $0
+    sub(/^#+ /, "", heading)
+    gsub(/[^A-Za-z0-9]+/, "_", heading)
+    gsub(/^_+|_+$/, "", heading)
+}
+
+block && /^```$/ {
+    if (block == "helpers") printf "%s\n", helpers
+    block = ""
+    next
+}
+
+!block && /^```/ {
+    block = substr($0, 4)
+    if (block == "cpp helpers") { block = "helpers"; helpers = sprintf("#line %d \"%s\"\n", NR + 1, FILENAME) }
+    else if (block == "cpp setup") { block = "setup"; setup = ""; setupLine = NR + 1 }
+    else if (block == "cpp") { emit(); exampleLine = NR + 1 }
+    else if (block == "sql") hasSql = 1
+    next
+}
+
+block == "helpers" { helpers = helpers $0 "\n" }
+block == "setup"   { setup = setup "    " $0 "\n" }
+block == "cpp"     { example = example "        " $0 "\n" }
+block == "sql"     { sql = sql $0 "\n" }
+block == "text"    { text = text $0 "\n" }
+
+END { emit() }
