@@ -1,0 +1,62 @@
+# SPDX-License-Identifier: MIT
+# shellcheck shell=bash
+#
+# What is needed to build for 32-bit ARM on another machine, for the commands that do. Sourced after common.sh.
+
+packages_armhf=(cmake g++-arm-linux-gnueabihf googletest ninja-build qemu-user-static)
+armhf_sysroot=$PWD/build/arm/sysroot
+
+# armhf_apt STATE COMMAND...: runs an apt command for armhf packages with a state of its own in the folder STATE.
+# The machine's dpkg is not told of the architecture: the -dev packages of two architectures cannot be installed side by
+# side, and an added architecture changes every later run of apt.
+armhf_apt()
+{
+    local state=$1 tool=$2
+    shift 2
+    mkdir -p "$state/lists/partial" "$state/cache/archives/partial"
+    : >>"$state/status"
+    "$tool" -qq -o APT::Architecture=armhf -o APT::Architectures=armhf -o APT::Sandbox::User= \
+        -o Dir::State="$state" -o Dir::State::Lists="$state/lists" -o Dir::State::status="$state/status" \
+        -o Dir::Cache="$state/cache" "$@"
+}
+
+# armhf_unpack FOLDER PACKAGE...: unpacks the armhf packages into FOLDER without installing them.
+armhf_unpack()
+{
+    local folder=$1 state=$PWD/build/arm/apt packages=$PWD/build/arm/packages package
+    shift
+    mkdir -p "$packages" "$folder"
+    # One list that cannot be fetched, say that of a lagging mirror, is no harm while the packages are found in others.
+    [ -d "$state/lists" ] || armhf_apt "$state" apt-get update 2>"$packages/update.log" || true
+    for package in "$@"; do
+        compgen -G "$packages/${package}_*.deb" >/dev/null ||
+            (cd "$packages" && armhf_apt "$state" apt-get download "$package") ||
+            die "there is no armhf package $package; apt-get update said: $(cat "$packages/update.log")"
+        dpkg -x "$packages/${package}"_*.deb "$folder"
+    done
+}
+
+# armhf_prepare: fills the sysroot with the target's SQLite, JsonCpp and GoogleTest, once.
+armhf_prepare()
+{
+    local done=$armhf_sysroot/complete
+    [ ! -f "$done" ] || return 0
+    say "Preparing $armhf_sysroot"
+    rm -rf build/arm/sysroot build/arm/apt build/arm/packages
+    armhf_unpack "$armhf_sysroot" libsqlite3-0 libsqlite3-dev libjsoncpp25 libjsoncpp-dev
+
+    armhf_cmake build/arm/googletest -S /usr/src/googletest -DCMAKE_BUILD_TYPE=Release -DBUILD_GMOCK=OFF \
+        -DCMAKE_INSTALL_PREFIX="$armhf_sysroot/usr"
+    cmake --install build/arm/googletest >/dev/null
+    : >"$done"
+}
+
+# armhf_cmake FOLDER [CMAKE-ARGUMENT...]: configures for armhf into FOLDER and builds; configuring speaks only when it
+# fails.
+armhf_cmake()
+{
+    local folder=$1 output
+    shift
+    output=$(cmake -G Ninja -B "$folder" -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/armhf.toolchain.cmake" "$@" 2>&1) || die "$output"
+    cmake --build "$folder" --parallel "$jobs"
+}

@@ -1,0 +1,35 @@
+#!/bin/bash
+# SPDX-License-Identifier: MIT
+# builds for 32-bit ARM and runs all tests under emulation: [--sanitize] [arguments of ctest]
+. "$(dirname "$0")/common.sh"
+. tools/armhf.sh
+
+need "${packages_armhf[@]}"
+armhf_prepare
+
+# Random comparisons run this many cases instead of their own, much larger number: emulation is 5 to 10 times slower.
+export VORN_TEST_CASES=${VORN_TEST_CASES:-2000}
+
+# arm_tests NAME [CMAKE-ARGUMENT...]: builds build/arm/NAME and runs the tests in it as the array selection says.
+selection=()
+arm_tests()
+{
+    local name=$1
+    shift
+    say "== armhf, $name"
+    armhf_cmake "build/arm/$name" -S . -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVORNJSONDB_WERROR=ON "$@"
+    ctest --test-dir "build/arm/$name" --output-on-failure --no-tests=error --parallel "$jobs" "${selection[@]}"
+}
+
+if [ "${1:-}" = --sanitize ]; then
+    shift
+    selection=("$@")
+    # LeakSanitizer needs ptrace, which emulation does not have.
+    export ASAN_OPTIONS=detect_leaks=0 UBSAN_OPTIONS=print_stacktrace=1
+    arm_tests sanitize -DCMAKE_CXX_FLAGS_RELWITHDEBINFO="-O1 -g" -DVORNJSONDB_SANITIZE="address;undefined"
+else
+    selection=("$@")
+    arm_tests plain
+    [ $# -gt 0 ] || selection=(-R time)
+    arm_tests time64 -DCMAKE_CXX_FLAGS="-Wno-psabi -D_TIME_BITS=64 -D_FILE_OFFSET_BITS=64"
+fi
