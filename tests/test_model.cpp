@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
 // Random definitions, records and parameters: the library must write the texts, run the statements, leave the rows and
-// return the results that the model says. VORN_TEST_SEED repeats a run.
+// return the results that the model says. VORN_TEST_SEED repeats a run, VORN_TEST_CASES sets its length.
 
 #include <gtest/gtest.h>
 
@@ -24,13 +24,18 @@ using support::StatementLog;
 namespace
 {
 
-constexpr std::uint64_t caseCount = 20000;
 constexpr std::uint64_t casesPerDatabase = 100;
 
 std::uint64_t seedOfThisRun()
 {
     const char* const given = std::getenv("VORN_TEST_SEED");
     return given ? std::strtoull(given, nullptr, 10) : std::random_device()();
+}
+
+std::uint64_t casesOfThisRun()
+{
+    const char* const given = std::getenv("VORN_TEST_CASES");
+    return given ? std::strtoull(given, nullptr, 10) : 20000;
 }
 
 // What a caller can see of one call.
@@ -344,7 +349,9 @@ private:
 TEST(Model, LibraryAgreesOnRandomCases)
 {
     const std::uint64_t seed = seedOfThisRun();
-    std::cout << "VORN_TEST_SEED=" << seed << std::endl;
+    const std::uint64_t caseCount = casesOfThisRun();
+    std::cout << "VORN_TEST_SEED=" << seed << " VORN_TEST_CASES=" << caseCount << std::endl;
+    ASSERT_GT(caseCount, 0u);
     RecordProperty("seed", std::to_string(seed));
 
     Comparison comparison(seed);

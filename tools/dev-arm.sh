@@ -9,6 +9,7 @@ armhf_prepare
 
 # Random comparisons run this many cases instead of their own, much larger number: emulation is 5 to 10 times slower.
 export VORN_TEST_CASES=${VORN_TEST_CASES:-2000}
+say "VORN_TEST_CASES=$VORN_TEST_CASES"
 
 # arm_tests NAME [CMAKE-ARGUMENT...]: builds build/arm/NAME and runs the tests in it as the array selection says.
 selection=()
