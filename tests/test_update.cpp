@@ -182,31 +182,22 @@ TEST_F(Update, FailureBeforeTheStatementShowsTheLastSqlErrorAndTheTextSoFar)
     EXPECT_EQ("", store->getErrMsg());
 }
 
-TEST_F(Update, ValuesThatSqliteRefusesAreReportedAtBothLevels)
+TEST_F(Update, ValuesWithoutAnyAssignmentAreRefusedBySqliteAndReportedAtBothLevels)
 {
-    struct Row
-    {
-        const char* values;
-        const char* assignments;
-        const char* sqliteText;
-    };
-    const Row rows[] = {
-        // Only undeclared members: nothing stands between SET and WHERE.
-        {R"({"undeclared":1})", "", "near \"WHERE\": syntax error"},
-        {R"({"vornSqlWhereFilter":"1"})", "", "near \"WHERE\": syntax error"},
-    };
+    // Without an assignment nothing stands between SET and WHERE.
+    const std::string sql = "UPDATE " + store.name() + " SET  WHERE  (name='a' );";
+    const std::string sqliteText = "near \"WHERE\": syntax error";
     forEachLogMode(
         [&]
         {
-            for (const Row& row : rows)
+            for (const std::string values : {R"({"undeclared":1})", R"({"vornSqlWhereFilter":"1"})"})
             {
-                const std::string sql = "UPDATE " + store.name() + " SET " + row.assignments + " WHERE  (name='a' );";
-                const ExpectedLines lines = refusedBySqlite(row.sqliteText, sql) +
-                                            ExpectedLines{failed(runFails), trace(std::string("jRecIn=") + row.values),
-                                                          sqlError(row.sqliteText, sql)};
-                EXPECT_EQ(-1, logged(lines, [&] { return byWhere(row.values, " (name='a' )"); }));
-                EXPECT_EQ(-1, logged(lines + ExpectedLines{failed(whereFails), byFilterFailed(row.values)},
-                                     [&] { return byFilter(R"({"name": "a"})", row.values); }));
+                const ExpectedLines lines =
+                    refusedBySqlite(sqliteText, sql) +
+                    ExpectedLines{failed(runFails), trace("jRecIn=" + values), sqlError(sqliteText, sql)};
+                EXPECT_EQ(-1, logged(lines, [&] { return byWhere(values, " (name='a' )"); }));
+                EXPECT_EQ(-1, logged(lines + ExpectedLines{failed(whereFails), byFilterFailed(values)},
+                                     [&] { return byFilter(R"({"name": "a"})", values); }));
             }
         });
     EXPECT_EQ("", store->getErrMsg());
@@ -331,6 +322,16 @@ TEST_F(Update, ByWhereDoesNotCheckTypes)
     EXPECT_EQ(0, byWhere(R"({"owner": 5, "size": 1.5})", "id = 1"));
     EXPECT_EQ((Rows{"5|text|1.5"}),
               store.db().rows("select owner, typeof(owner), size from " + store.name() + " where id = 1"));
+}
+
+TEST_F(Update, ValuesThatAreNoObjectRaiseInByWhere)
+{
+    const StatementLog log(store.db());
+    for (const char* const values : {"[1]", R"("owner")", "5", "true"})
+    {
+        EXPECT_THROW(byWhere(values, "1"), Json::Exception) << values;
+    }
+    EXPECT_TRUE(log.statements().empty());
 }
 
 TEST_F(Update, ValueThatCannotBeReadRaisesBeforeAnyStatement)
