@@ -7,6 +7,8 @@
 #include <ostream>
 #include <streambuf>
 
+#include "json_reader.h"
+
 namespace
 {
 
@@ -79,8 +81,11 @@ std::string toString(const Json::Value& jValue)
 
 Json::Value fromString(const char* szText)
 {
-    static const std::unique_ptr<Json::CharReader> reader = makeReader();
     Json::Value jValue;
+    if (readPlainJson(szText, jValue))
+        return jValue;
+
+    static const std::unique_ptr<Json::CharReader> reader = makeReader();
     try
     {
         if (!reader->parse(szText, szText + std::strlen(szText), &jValue, nullptr))
