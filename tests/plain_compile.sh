@@ -10,6 +10,7 @@ work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 cd "$source"
-# Unquoted: flags are many words.
-"$CXX" -std=c++17 -Iinclude src/*.cpp tests/consumer/host.cpp -o "$work/host" $(pkg-config --cflags --libs jsoncpp sqlite3)
+# shellcheck disable=SC2046 # flags are many words
+"$CXX" -std=c++17 -Iinclude src/*.cpp tests/consumer/host.cpp -o "$work/host" \
+    $(pkg-config --cflags --libs jsoncpp sqlite3)
 "$work/host"

@@ -74,7 +74,7 @@ check_find_package()
         -DCMAKE_CXX_COMPILER="$CXX" -DCMAKE_CXX_FLAGS="$CXXFLAGS" -DCMAKE_TOOLCHAIN_FILE="$TOOLCHAIN" "$@" ||
         fail "A host could not be configured."
     "$CMAKE" --build "$work/build" || fail "A host could not be built."
-    # Unquoted: an emulator comes with its arguments.
+    # shellcheck disable=SC2086 # an emulator comes with its arguments
     $EMULATOR "$work/build/host"
 }
 
@@ -85,7 +85,7 @@ check_pkg_config()
     PKG_CONFIG_PATH=$prefix/$LIBDIR/pkgconfig
     export PKG_CONFIG_PATH
     [ "$(pkg-config --modversion vornjsondb)" = "$VERSION" ] || fail "pkg-config gives another version than $VERSION."
-    # Unquoted: flags are many words.
+    # shellcheck disable=SC2046,SC2086 # flags are many words
     "$CXX" $CXXFLAGS -std=c++17 "$work/host.cpp" -o "$work/host.out" $(pkg-config --cflags --libs vornjsondb) \
         "-Wl,-rpath,$prefix/$LIBDIR"
     "$work/host.out"

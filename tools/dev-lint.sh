@@ -1,0 +1,40 @@
+#!/bin/bash
+# SPDX-License-Identifier: MIT
+# looks for faults without running anything: format, warnings of two compilers, four analysers
+. "$(dirname "$0")/common.sh"
+
+need "${packages_lint[@]}"
+
+folders=()
+for folder in include src tests examples bench fuzz; do
+    [ ! -d "$folder" ] || folders+=("$folder")
+done
+mapfile -t sources < <(find "${folders[@]}" -name '*.cpp' -o -name '*.h')
+mapfile -t scripts < <(find dev .ci tools tests -type f -perm -u+x)
+
+say "== clang-format"
+clang-format --dry-run -Werror "${sources[@]}"
+
+say "== shellcheck"
+shellcheck "${scripts[@]}"
+
+say "== g++, warnings are errors"
+build gcc
+
+# A build repeats what has changed, but does not know of clang-tidy's configuration.
+if [ -n "$(find . -name .clang-tidy -newer build/clang/CMakeCache.txt 2>/dev/null)" ]; then
+    rm -rf build/clang
+fi
+say "== clang++, warnings are errors, and clang-tidy"
+build clang "-DCMAKE_CXX_CLANG_TIDY=clang-tidy;--quiet"
+
+# Not its style checks: they ask for algorithms in place of loops, and for other signatures than the settled ones.
+say "== cppcheck"
+cppcheck --quiet --std=c++17 --enable=warning,performance,portability --inline-suppr --error-exitcode=1 \
+    --library=googletest -Iinclude -Isrc "${folders[@]}"
+
+# It sees what is compiled while it watches, so everything is.
+say "== scan-build"
+rm -rf build/scan
+scan-build -o build/scan-reports cmake --preset release -B build/scan >/dev/null
+scan-build -o build/scan-reports --status-bugs cmake --build build/scan --parallel "$jobs"
