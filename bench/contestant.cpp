@@ -1,0 +1,41 @@
+// SPDX-License-Identifier: MIT
+
+#include "contestant.h"
+
+#include <stdexcept>
+
+namespace bench
+{
+
+const std::vector<ContestantKind>& contestantKinds()
+{
+    static const std::vector<ContestantKind> kinds{
+        {"library", "vornjsondb", openLibrary},
+        {"percall", "hand-written, prepared per call", openHandWrittenPerCall},
+        {"kept", "hand-written, statement kept", openHandWrittenKept},
+        {"exec", "hand-written, sqlite3_exec", openHandWrittenExec},
+#ifdef VORN_BENCH_SQLITECPP
+        {"sqlitecpp", "SQLiteCpp + JsonCpp", openSqliteCpp},
+#endif
+#ifdef VORN_BENCH_SOCI
+        {"soci", "SOCI + JsonCpp", openSoci},
+#endif
+#ifdef VORN_BENCH_POCO
+        {"poco", "POCO Data + Poco::JSON", openPoco},
+#endif
+        {"raw", "sqlite3_exec alone", openRaw, false},
+    };
+    return kinds;
+}
+
+const ContestantKind& contestantKind(const std::string& strId)
+{
+    for (const ContestantKind& kind : contestantKinds())
+    {
+        if (kind.strId == strId)
+            return kind;
+    }
+    throw std::invalid_argument("no contestant '" + strId + "'");
+}
+
+}  // namespace bench

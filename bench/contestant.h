@@ -1,0 +1,81 @@
+// SPDX-License-Identifier: MIT
+//
+// What every contestant does: six pieces of work on one table, records in, records out.
+
+#ifndef VORN_BENCH_CONTESTANT_H
+#define VORN_BENCH_CONTESTANT_H
+
+#include <json/json.h>
+#include <sqlite3.h>
+
+#include <functional>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "data.h"
+
+namespace bench
+{
+
+// Every operation returns how many records it read or changed and throws where it fails. What it read stays until the
+// next operation that reads, or clear().
+class Contestant
+{
+public:
+    virtual ~Contestant() = default;
+
+    // The connection that the contestant works on, for what is not measured.
+    virtual sqlite3* connection() = 0;
+
+    // What the next operations get. Not measured: here a contestant turns it into its own kind of record, where that is
+    // not Json::Value. The input outlives its use.
+    virtual void give(const Input& input) { m_pInput = &input; }
+
+    virtual std::size_t list() = 0;
+    virtual std::size_t page(std::size_t offset) = 0;
+    virtual std::size_t create(std::size_t i) = 0;  // and get the stored row back
+    virtual std::size_t fetch(std::size_t i) = 0;
+    virtual std::size_t update(std::size_t i) = 0;
+    virtual std::size_t remove(std::size_t i) = 0;
+
+    // What was read last: an array of records after list() and page(), one record after create() and fetch(). Making
+    // it is not measured.
+    virtual Json::Value result() const { return m_jResult; }
+    virtual void clear() { m_jResult = Json::Value(); }
+
+protected:
+    const Input& input() const { return *m_pInput; }
+
+    Json::Value m_jResult;
+
+private:
+    const Input* m_pInput = nullptr;
+};
+
+// How a contestant is made: on the database at a path, or ":memory:".
+struct ContestantKind
+{
+    std::string strId;  // for the command line
+    std::string strName;
+    std::function<std::unique_ptr<Contestant>(const std::string& strPath)> open;
+    bool blMakesRecords = true;  // false: the floor, which only runs the statements
+};
+
+// All that this program was built with.
+const std::vector<ContestantKind>& contestantKinds();
+const ContestantKind& contestantKind(const std::string& strId);
+
+// The contestants, each in a file of its own.
+std::unique_ptr<Contestant> openLibrary(const std::string& strPath);
+std::unique_ptr<Contestant> openHandWrittenPerCall(const std::string& strPath);
+std::unique_ptr<Contestant> openHandWrittenKept(const std::string& strPath);
+std::unique_ptr<Contestant> openHandWrittenExec(const std::string& strPath);
+std::unique_ptr<Contestant> openRaw(const std::string& strPath);
+std::unique_ptr<Contestant> openSqliteCpp(const std::string& strPath);
+std::unique_ptr<Contestant> openSoci(const std::string& strPath);
+std::unique_ptr<Contestant> openPoco(const std::string& strPath);
+
+}  // namespace bench
+
+#endif  // VORN_BENCH_CONTESTANT_H

@@ -1,0 +1,187 @@
+// SPDX-License-Identifier: MIT
+
+#include "work.h"
+
+#include <cstdlib>
+#include <filesystem>
+#include <stdexcept>
+
+#include "measure.h"
+
+namespace bench
+{
+
+const std::vector<Work>& works()
+{
+    static const std::vector<Work> all{
+        {WorkKind::List, "list", "list all", "kept"},
+        {WorkKind::Page, "page", "list a page of 50", "percall"},
+        {WorkKind::Create, "create", "create and get back", "percall"},
+        {WorkKind::Fetch, "fetch", "fetch by key", "percall"},
+        {WorkKind::Update, "update", "update by filter", "percall"},
+        {WorkKind::Delete, "delete", "delete by name", "percall"},
+    };
+    return all;
+}
+
+const Work& work(const std::string& strId)
+{
+    for (const Work& work : works())
+    {
+        if (work.strId == strId)
+            return work;
+    }
+    throw std::invalid_argument("no work '" + strId + "'");
+}
+
+std::string nameOf(const Setting& setting)
+{
+    return std::string(setting.blFile ? "file" : "memory") +
+           (setting.blTransaction ? ", one transaction" : ", autocommit");
+}
+
+namespace
+{
+
+std::string makeFolder()
+{
+    std::string strFolder = (std::filesystem::temp_directory_path() / "vornjsondb-bench-XXXXXX").string();
+    if (mkdtemp(strFolder.data()) == nullptr)
+        throw std::runtime_error("cannot make a folder for the database");
+    return strFolder;
+}
+
+}  // namespace
+
+Place::Place(const ContestantKind& kind, const Setting& setting) : m_setting(setting)
+{
+    std::string strPath = ":memory:";
+    if (setting.blFile)
+    {
+        m_strFolder = makeFolder();
+        strPath = m_strFolder + "/bench.db";
+    }
+    m_contestant = kind.open(strPath);
+    sqlite3* const pDb = m_contestant->connection();
+    if (setting.blFile)
+    {
+        runSql(pDb, "PRAGMA journal_mode=WAL");
+        runSql(pDb, "PRAGMA synchronous=OFF");
+    }
+    fillTable(pDb, 0, setting.rows);
+}
+
+Place::~Place()
+{
+    m_contestant.reset();
+    if (!m_strFolder.empty())
+        std::filesystem::remove_all(m_strFolder);
+}
+
+void Place::prepare(const Work& work, std::size_t count)
+{
+    m_pWork = &work;
+    m_prepared = count;
+    std::vector<std::size_t> indices;
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        switch (work.kind)
+        {
+            case WorkKind::List:
+            case WorkKind::Page:
+                break;
+            case WorkKind::Create:
+            case WorkKind::Delete:
+                indices.push_back(m_setting.rows + i);  // beyond the rows that stay
+                break;
+            case WorkKind::Fetch:
+            case WorkKind::Update:
+                indices.push_back(spread(i, m_setting.rows));
+                break;
+        }
+    }
+    m_input = makeInput(indices);
+    m_contestant->give(m_input);
+    removeExtraRows();
+    if (work.kind == WorkKind::Delete)
+        fillTable(m_contestant->connection(), m_setting.rows, count);
+}
+
+void Place::removeExtraRows()
+{
+    runSql(m_contestant->connection(), "DELETE FROM device WHERE serial >= '" + keyOf(m_setting.rows) + "'");
+}
+
+Cost Place::runOnce(std::size_t count)
+{
+    if (m_pWork == nullptr || count > m_prepared)
+        throw std::logic_error("a batch needs prepared input");
+    sqlite3* const pDb = m_contestant->connection();
+    if (m_setting.blTransaction)
+        runSql(pDb, "BEGIN");
+
+    Contestant& contestant = *m_contestant;
+    Cost cost;
+    const std::size_t allocationsBefore = allocations();
+    const std::int64_t timeBefore = cpuTime();
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        switch (m_pWork->kind)
+        {
+            case WorkKind::List:
+                cost.records += contestant.list();
+                break;
+            case WorkKind::Page:
+                cost.records += contestant.page(pageOffset(i));
+                break;
+            case WorkKind::Create:
+                cost.records += contestant.create(i);
+                break;
+            case WorkKind::Fetch:
+                cost.records += contestant.fetch(i);
+                break;
+            case WorkKind::Update:
+                cost.records += contestant.update(i);
+                break;
+            case WorkKind::Delete:
+                cost.records += contestant.remove(i);
+                break;
+        }
+    }
+    contestant.clear();  // freeing the records is part of their cost
+    cost.nanoseconds = cpuTime() - timeBefore;
+    cost.allocations = allocations() - allocationsBefore;
+
+    if (m_setting.blTransaction)
+        runSql(pDb, "COMMIT");
+
+    std::size_t expected = count;
+    if (m_pWork->kind == WorkKind::List)
+        expected *= m_setting.rows;
+    else if (m_pWork->kind == WorkKind::Page)
+        expected *= kPage;
+    if (cost.records != expected)
+        throw std::runtime_error(m_pWork->strId + ": " + std::to_string(cost.records) + " records instead of " +
+                                 std::to_string(expected));
+    return cost;
+}
+
+Cost Place::run(std::size_t count)
+{
+    const Cost cost = runOnce(count);
+    restore(count);
+    return cost;
+}
+
+void Place::restore(std::size_t count)
+{
+    sqlite3* const pDb = m_contestant->connection();
+    if (m_pWork->kind == WorkKind::Create)
+        removeExtraRows();
+    else if (m_pWork->kind == WorkKind::Delete)
+        fillTable(pDb, m_setting.rows, count);
+    if (m_setting.blFile)
+        runSql(pDb, "PRAGMA wal_checkpoint(TRUNCATE)");
+}
+
+}  // namespace bench
