@@ -14,13 +14,9 @@ const std::vector<ContestantKind>& contestantKinds()
         {"percall", "hand-written, prepared per call", openHandWrittenPerCall},
         {"kept", "hand-written, statement kept", openHandWrittenKept},
         {"exec", "hand-written, sqlite3_exec", openHandWrittenExec},
-#ifdef VORN_BENCH_SQLITECPP
+#ifdef VORN_BENCH_PEERS
         {"sqlitecpp", "SQLiteCpp + JsonCpp", openSqliteCpp},
-#endif
-#ifdef VORN_BENCH_SOCI
         {"soci", "SOCI + JsonCpp", openSoci},
-#endif
-#ifdef VORN_BENCH_POCO
         {"poco", "POCO Data + Poco::JSON", openPoco},
 #endif
         {"raw", "sqlite3_exec alone", openRaw, false},

@@ -25,6 +25,18 @@ constexpr const char* kCreateTable =
 // Every column, by name: the order of a record's members.
 constexpr const char* kSelect = "SELECT address,comment,count,created,enabled,limits,ports,serial FROM device";
 
+// The statements of code that binds its values.
+constexpr const char* kSelectPage =
+    "SELECT address,comment,count,created,enabled,limits,ports,serial FROM device LIMIT ? OFFSET ?";
+constexpr const char* kSelectStored =
+    "SELECT address,comment,count,created,enabled,limits,ports,serial FROM device WHERE rowid = ?";
+constexpr const char* kSelectKey =
+    "SELECT address,comment,count,created,enabled,limits,ports,serial FROM device WHERE serial = ?";
+constexpr const char* kInsert =
+    "INSERT INTO device (address,comment,count,created,enabled,limits,ports,serial) VALUES (?,?,?,?,?,?,?,?)";
+constexpr const char* kUpdate = "UPDATE device SET comment = ?, count = ?, enabled = ? WHERE serial = ?";
+constexpr const char* kDelete = "DELETE FROM device WHERE serial = ?";
+
 // Rows of one page.
 constexpr std::size_t kPage = 50;
 

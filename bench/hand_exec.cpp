@@ -8,6 +8,7 @@
 
 #include "connection.h"
 #include "contestant.h"
+#include "json_columns.h"
 
 namespace bench
 {

@@ -7,23 +7,13 @@
 
 #include "connection.h"
 #include "contestant.h"
+#include "json_columns.h"
 
 namespace bench
 {
 
 namespace
 {
-
-constexpr const char* kPageSql =
-    "SELECT address,comment,count,created,enabled,limits,ports,serial FROM device LIMIT ? OFFSET ?";
-constexpr const char* kInsertSql =
-    "INSERT INTO device (address,comment,count,created,enabled,limits,ports,serial) VALUES (?,?,?,?,?,?,?,?)";
-constexpr const char* kStoredSql =
-    "SELECT address,comment,count,created,enabled,limits,ports,serial FROM device WHERE rowid = ?";
-constexpr const char* kFetchSql =
-    "SELECT address,comment,count,created,enabled,limits,ports,serial FROM device WHERE serial = ?";
-constexpr const char* kUpdateSql = "UPDATE device SET comment = ?, count = ?, enabled = ? WHERE serial = ?";
-constexpr const char* kDeleteSql = "DELETE FROM device WHERE serial = ?";
 
 // A statement that is prepared for one call and finalized after it.
 class PreparedPerCall
@@ -234,12 +224,12 @@ private:
     Connection m_db;
     JsonColumns m_json;
     Statement m_list{m_db, kSelect};
-    Statement m_page{m_db, kPageSql};
-    Statement m_insert{m_db, kInsertSql};
-    Statement m_stored{m_db, kStoredSql};
-    Statement m_fetch{m_db, kFetchSql};
-    Statement m_update{m_db, kUpdateSql};
-    Statement m_delete{m_db, kDeleteSql};
+    Statement m_page{m_db, kSelectPage};
+    Statement m_insert{m_db, kInsert};
+    Statement m_stored{m_db, kSelectStored};
+    Statement m_fetch{m_db, kSelectKey};
+    Statement m_update{m_db, kUpdate};
+    Statement m_delete{m_db, kDelete};
 };
 
 }  // namespace

@@ -4,6 +4,7 @@
 
 #include "connection.h"
 #include "contestant.h"
+#include "json_columns.h"
 
 namespace bench
 {

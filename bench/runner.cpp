@@ -39,7 +39,7 @@ std::size_t operationsPerBatch(Place& place, const Work& work, std::int64_t want
     for (;;)
     {
         place.prepare(work, count);
-        const std::int64_t taken = place.run(count).nanoseconds;
+        const std::int64_t taken = place.run().nanoseconds;
         if (taken >= wanted || count >= kMost)
             return count;
         const double factor = std::clamp(1.1 * static_cast<double>(wanted) / static_cast<double>(taken + 1), 1.5, 20.0);
@@ -63,7 +63,6 @@ Result measure(const Work& work, const Setting& setting, const std::vector<Conte
     {
         places.emplace_back(kind.strId, std::make_unique<Place>(kind, setting));
         places.back().second->prepare(work, count);
-        places.back().second->run(std::min<std::size_t>(count, kPages));  // the first run builds what is kept
     }
 
     Result result;
@@ -74,7 +73,7 @@ Result measure(const Work& work, const Setting& setting, const std::vector<Conte
         std::shuffle(places.begin(), places.end(), random);
         for (const auto& [strId, pPlace] : places)
         {
-            const Cost cost = pPlace->run(count);
+            const Cost cost = pPlace->run();
             const auto records = static_cast<double>(cost.records);
             result.nanoseconds[strId].push_back(static_cast<double>(cost.nanoseconds) / records);
             result.allocations[strId] = static_cast<double>(cost.allocations) / records;

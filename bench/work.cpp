@@ -43,6 +43,9 @@ std::string nameOf(const Setting& setting)
 namespace
 {
 
+// Operations before the measured ones: a whole turn of pages.
+constexpr std::size_t kWarmUp = kPages;
+
 std::string makeFolder()
 {
     std::string strFolder = (std::filesystem::temp_directory_path() / "vornjsondb-bench-XXXXXX").string();
@@ -81,9 +84,9 @@ Place::~Place()
 void Place::prepare(const Work& work, std::size_t count)
 {
     m_pWork = &work;
-    m_prepared = count;
+    m_prepared = kWarmUp + count;
     std::vector<std::size_t> indices;
-    for (std::size_t i = 0; i < count; ++i)
+    for (std::size_t i = 0; i < m_prepared; ++i)
     {
         switch (work.kind)
         {
@@ -104,51 +107,53 @@ void Place::prepare(const Work& work, std::size_t count)
     m_contestant->give(m_input);
     removeExtraRows();
     if (work.kind == WorkKind::Delete)
-        fillTable(m_contestant->connection(), m_setting.rows, count);
+        fillTable(m_contestant->connection(), m_setting.rows, m_prepared);
 }
 
-void Place::removeExtraRows()
+Cost Place::run()
 {
-    runSql(m_contestant->connection(), "DELETE FROM device WHERE serial >= '" + keyOf(m_setting.rows) + "'");
+    for (std::size_t i = m_pWork->kind == WorkKind::List ? kWarmUp - 1 : 0; i < kWarmUp; ++i)
+        operate(i);
+    const Cost cost = measured(kWarmUp, m_prepared - kWarmUp);
+    restore();
+    return cost;
 }
 
-Cost Place::runOnce(std::size_t count)
+std::size_t Place::operate(std::size_t i)
 {
-    if (m_pWork == nullptr || count > m_prepared)
+    Contestant& contestant = *m_contestant;
+    switch (m_pWork->kind)
+    {
+        case WorkKind::List:
+            return contestant.list();
+        case WorkKind::Page:
+            return contestant.page(pageOffset(i));
+        case WorkKind::Create:
+            return contestant.create(i);
+        case WorkKind::Fetch:
+            return contestant.fetch(i);
+        case WorkKind::Update:
+            return contestant.update(i);
+        case WorkKind::Delete:
+            return contestant.remove(i);
+    }
+    throw std::logic_error("no such work");
+}
+
+Cost Place::measured(std::size_t first, std::size_t count)
+{
+    if (m_pWork == nullptr || first + count > m_prepared)
         throw std::logic_error("a batch needs prepared input");
     sqlite3* const pDb = m_contestant->connection();
     if (m_setting.blTransaction)
         runSql(pDb, "BEGIN");
 
-    Contestant& contestant = *m_contestant;
     Cost cost;
     const std::size_t allocationsBefore = allocations();
     const std::int64_t timeBefore = cpuTime();
-    for (std::size_t i = 0; i < count; ++i)
-    {
-        switch (m_pWork->kind)
-        {
-            case WorkKind::List:
-                cost.records += contestant.list();
-                break;
-            case WorkKind::Page:
-                cost.records += contestant.page(pageOffset(i));
-                break;
-            case WorkKind::Create:
-                cost.records += contestant.create(i);
-                break;
-            case WorkKind::Fetch:
-                cost.records += contestant.fetch(i);
-                break;
-            case WorkKind::Update:
-                cost.records += contestant.update(i);
-                break;
-            case WorkKind::Delete:
-                cost.records += contestant.remove(i);
-                break;
-        }
-    }
-    contestant.clear();  // freeing the records is part of their cost
+    for (std::size_t i = first; i < first + count; ++i)
+        cost.records += operate(i);
+    m_contestant->clear();  // freeing the records is part of their cost
     cost.nanoseconds = cpuTime() - timeBefore;
     cost.allocations = allocations() - allocationsBefore;
 
@@ -166,22 +171,20 @@ Cost Place::runOnce(std::size_t count)
     return cost;
 }
 
-Cost Place::run(std::size_t count)
-{
-    const Cost cost = runOnce(count);
-    restore(count);
-    return cost;
-}
-
-void Place::restore(std::size_t count)
+void Place::restore()
 {
     sqlite3* const pDb = m_contestant->connection();
     if (m_pWork->kind == WorkKind::Create)
         removeExtraRows();
     else if (m_pWork->kind == WorkKind::Delete)
-        fillTable(pDb, m_setting.rows, count);
+        fillTable(pDb, m_setting.rows, m_prepared);
     if (m_setting.blFile)
         runSql(pDb, "PRAGMA wal_checkpoint(TRUNCATE)");
+}
+
+void Place::removeExtraRows()
+{
+    runSql(m_contestant->connection(), "DELETE FROM device WHERE serial >= '" + keyOf(m_setting.rows) + "'");
 }
 
 }  // namespace bench

@@ -64,17 +64,21 @@ public:
 
     Contestant& contestant() { return *m_contestant; }
 
-    // Makes what a batch of up to count operations gets.
+    // Makes what a batch of count operations gets.
     void prepare(const Work& work, std::size_t count);
 
-    // Does the work count times and says what it cost. Before and after it the table holds the same rows.
-    Cost run(std::size_t count);
+    // Does the prepared work and says what it cost. Afterwards the table holds the same rows as before. A few operations
+    // come first that are not measured: freed memory that the C library has yet to merge would else be charged to
+    // whoever allocates next, another contestant as it may be.
+    Cost run();
 
-    // The same without putting the table back, for tools that count everything that the process does.
-    Cost runOnce(std::size_t count);
+    // Does the first count of the prepared operations and nothing else, for tools that count all that a process does.
+    Cost runOnce(std::size_t count) { return measured(0, count); }
 
 private:
-    void restore(std::size_t count);
+    std::size_t operate(std::size_t i);  // the i-th operation: the records that it read or changed
+    Cost measured(std::size_t first, std::size_t count);
+    void restore();
     void removeExtraRows();
 
     Setting m_setting;
