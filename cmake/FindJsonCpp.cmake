@@ -4,13 +4,13 @@
 # that its versions use, or the header and library found by themselves. Installed beside vornjsondb's CMake package,
 # whose users need the same target.
 
-if(NOT TARGET JsonCpp::JsonCpp)
-  # JsonCpp 1.9.5 and older ask for policies that CMake 4 has dropped.
-  set(_jsoncpp_policy_minimum "${CMAKE_POLICY_VERSION_MINIMUM}")
+# JsonCpp 1.9.5 and older ask for policies that CMake 4 has dropped; the minimum must hold for their package alone.
+function(_jsoncpp_find_package)
   set(CMAKE_POLICY_VERSION_MINIMUM 3.5)
   find_package(jsoncpp CONFIG QUIET)
-  set(CMAKE_POLICY_VERSION_MINIMUM "${_jsoncpp_policy_minimum}")
-  unset(_jsoncpp_policy_minimum)
+endfunction()
+if(NOT TARGET JsonCpp::JsonCpp)
+  _jsoncpp_find_package()
 endif()
 
 foreach(_jsoncpp_target IN ITEMS jsoncpp_lib jsoncpp_static)
