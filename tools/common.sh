@@ -9,7 +9,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # Debian packages by purpose: everything that a command installs is named here.
 packages_build=(cmake g++ libjsoncpp-dev libsqlite3-dev ninja-build)
 packages_demo=("${packages_build[@]}" iso-codes)
-packages_test=("${packages_build[@]}" binutils libgtest-dev pkgconf)
+packages_test=("${packages_build[@]}" binutils libgtest-dev locales pkgconf)
 packages_lint=("${packages_test[@]}" clang clang-format clang-tidy clang-tools cppcheck shellcheck)
 packages_fresh=(debootstrap)
 
