@@ -69,6 +69,9 @@ build()
 {
     local preset=$1 output
     shift
-    output=$(cmake --preset "$preset" "$@" 2>&1) || die "$output"
+    if ! output=$(cmake --preset "$preset" "$@" 2>&1); then
+        say "$output" >&2
+        die "CMake could not configure build/$preset"
+    fi
     cmake --build --preset "$preset" --parallel "$jobs"
 }
