@@ -6,22 +6,13 @@
 #include <memory>
 #include <stdexcept>
 
+#include "json_columns.h"
+
 namespace bench
 {
 
 namespace
 {
-
-std::string compactText(const Json::Value& jValue)
-{
-    static const Json::StreamWriterBuilder builder = []
-    {
-        Json::StreamWriterBuilder compact;
-        compact["indentation"] = "";
-        return compact;
-    }();
-    return Json::writeString(builder, jValue);
-}
 
 using Statement = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
 
@@ -94,6 +85,7 @@ void fillTable(sqlite3* pDb, std::size_t first, std::size_t count)
 {
     runSql(pDb, kCreateTable);
     runSql(pDb, "BEGIN");
+    JsonColumns json;
     const Statement statement = prepare(pDb, "INSERT INTO device VALUES (?,?,?,?,?,?,?,?)");
     for (std::size_t i = first; i < first + count; ++i)
     {
@@ -103,8 +95,8 @@ void fillTable(sqlite3* pDb, std::size_t first, std::size_t count)
         sqlite3_bind_int(statement.get(), 3, jRec["count"].asInt());
         sqlite3_bind_int64(statement.get(), 4, jRec["created"].asInt64());
         sqlite3_bind_int(statement.get(), 5, jRec["enabled"].asBool() ? 1 : 0);
-        bindText(statement.get(), 6, compactText(jRec["limits"]));
-        bindText(statement.get(), 7, compactText(jRec["ports"]));
+        bindText(statement.get(), 6, json.write(jRec["limits"]));
+        bindText(statement.get(), 7, json.write(jRec["ports"]));
         bindText(statement.get(), 8, jRec["serial"].asString());
         if (sqlite3_step(statement.get()) != SQLITE_DONE)
             throw std::runtime_error(sqlite3_errmsg(pDb));
@@ -139,6 +131,7 @@ std::vector<std::string> dumpTable(sqlite3* pDb)
 
 std::string storedRow(const Json::Value& jRec)
 {
+    JsonColumns json;
     std::string strRow;
     const auto add = [&strRow](int storageClass, const std::string& strText)
     { strRow += std::to_string(storageClass) + ':' + strText + '|'; };
@@ -147,8 +140,8 @@ std::string storedRow(const Json::Value& jRec)
     add(SQLITE_INTEGER, jRec["count"].asString());
     add(SQLITE_INTEGER, jRec["created"].asString());
     add(SQLITE_INTEGER, jRec["enabled"].asBool() ? "1" : "0");
-    add(SQLITE_TEXT, compactText(jRec["limits"]));
-    add(SQLITE_TEXT, compactText(jRec["ports"]));
+    add(SQLITE_TEXT, json.write(jRec["limits"]));
+    add(SQLITE_TEXT, json.write(jRec["ports"]));
     add(SQLITE_TEXT, jRec["serial"].asString());
     return strRow;
 }

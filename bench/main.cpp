@@ -3,26 +3,43 @@
 // The benchmark: options, and what they run.
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
+#include <csignal>
 #include <cstdio>
 #include <exception>
 
-#include "measure.h"
-#include "proof.h"
-#include "runner.h"
+#include "report.h"
+#include "table.h"
 
 namespace
 {
 
 struct Options
 {
+    bool blReport = false;
     bool blQuick = false;
     std::vector<std::string> works;
     std::vector<std::string> contestants;
     std::vector<std::string> only;
     std::size_t count = 1;
-    bench::Setting setting;
     std::size_t rounds = 11;
+    bench::Setting setting;
+    std::string strCounts;
+    std::string strData;
 };
+
+// Those that are named, or all.
+template <class Item>
+std::vector<Item> chosen(const std::vector<Item>& all, const std::vector<std::string>& names)
+{
+    std::vector<Item> items;
+    std::copy_if(all.begin(), all.end(), std::back_inserter(items),
+                 [&](const Item& item)
+                 { return names.empty() || std::find(names.begin(), names.end(), item.strId) != names.end(); });
+    if (!names.empty() && items.size() != names.size())
+        throw std::invalid_argument("--works and --contestants take names from the help's lists");
+    return items;
+}
 
 // One batch and nothing else, for tools that count what a process does: two runs that differ in --count alone differ
 // by the cost of the work.
@@ -36,64 +53,78 @@ void runOnly(const Options& options)
     std::printf("records %zu allocations %zu\n", cost.records, cost.allocations);
 }
 
-void runAll(const Options& options)
+// One setting, without proof: for a look while working on the library.
+void runSetting(const bench::ReportOptions& report, const bench::Setting& setting)
 {
-    bench::proveSameRecords(500);
-    std::printf("All contestants give the same records.\n");
-
-    std::vector<bench::ContestantKind> kinds;
-    for (const bench::ContestantKind& kind : bench::contestantKinds())
-    {
-        const auto& wanted = options.contestants;
-        if (wanted.empty() || std::find(wanted.begin(), wanted.end(), kind.strId) != wanted.end())
-            kinds.push_back(kind);
-    }
-
     std::mt19937 random(20240229);
-    const bench::Effort effort{options.rounds, options.blQuick ? 5000000 : 30000000};
-    for (const bench::Work& work : bench::works())
+    for (const bench::Work& work : report.works)
     {
-        const auto& wanted = options.works;
-        if (!wanted.empty() && std::find(wanted.begin(), wanted.end(), work.strId) == wanted.end())
-            continue;
-        const bench::Result result = bench::measure(work, options.setting, kinds, effort, random);
-        std::printf("\n%s, %zu rows, %s\n  %-34s %10s  %-22s %8s\n", work.strName.c_str(), options.setting.rows,
-                    bench::nameOf(options.setting).c_str(), "", "ns/record", "ratio (least .. most)", "allocs");
-        for (const bench::ContestantKind& kind : kinds)
+        const bench::Rounds rounds = bench::runWork(work, setting, report.kinds, report.effort, random);
+        std::printf("%s, %zu rows, %s\n\n", work.strName.c_str(), setting.rows, bench::nameOf(setting).c_str());
+        bench::Table table({"contestant", "ns/record", "ratio", "least", "most", "allocations/record"});
+        for (const bench::ContestantKind& kind : report.kinds)
         {
-            const bench::Spread ratio = result.ratio(kind.strId, work.strRival);
-            std::printf("  %-34s %10.0f  %5.2f (%.2f .. %.2f)    %8.2f%s\n", kind.strName.c_str(),
-                        result.time(kind.strId).median, ratio.median, ratio.least, ratio.most,
-                        result.allocations.at(kind.strId), kind.strId == work.strRival ? "  rival" : "");
+            const bench::Spread ratio = rounds.ratio(kind.strId, work.strRival);
+            table.add({kind.strName, bench::number(rounds.nanoseconds(kind.strId).median, 0),
+                       bench::number(ratio.median, 2), bench::number(ratio.least, 2), bench::number(ratio.most, 2),
+                       bench::number(rounds.allocations(kind.strId), 2)});
         }
-        std::fflush(stdout);
+        table.print();
     }
+}
+
+void run(const Options& options)
+{
+    if (!options.only.empty())
+    {
+        runOnly(options);
+        return;
+    }
+    bench::ReportOptions report;
+    report.kinds = chosen(bench::contestantKinds(), options.contestants);
+    report.works = chosen(bench::works(), options.works);
+    report.effort.rounds = options.rounds;
+    if (options.blQuick)
+        report.effort.batch = 5000000;
+    if (!options.blReport)
+    {
+        runSetting(report, options.setting);
+        return;
+    }
+    report.blEverySetting = !options.blQuick;
+    if (!options.strCounts.empty())
+        report.counts = bench::Counts(options.strCounts);
+    report.strDataFolder = options.strData;
+    bench::report(report);
 }
 
 }  // namespace
 
 int main(int argc, char** argv)
 {
+    std::signal(SIGPIPE, SIG_IGN);  // a contestant's process that ends is told by what cannot be read from it
     Options options;
     CLI::App app("Measures the library beside hand-written code and other libraries, all at the same work.");
-    app.add_flag("--quick", options.blQuick, "shorter batches: a first impression");
-    app.add_option("--works", options.works, "only these works")->delimiter(',');
-    app.add_option("--contestants", options.contestants, "only these contestants, the works' rivals among them")
+    app.add_flag("--report", options.blReport, "proof, works, growth, memory, targets; otherwise works in one setting");
+    app.add_flag("--quick", options.blQuick, "short batches; the report in memory with autocommit only");
+    app.add_option("--works", options.works, "of list,page,create,fetch,update,delete")->delimiter(',');
+    app.add_option("--contestants", options.contestants,
+                   "of library,percall,kept,exec,sqlitecpp,soci,poco,raw; with kept and percall among them")
         ->delimiter(',');
-    app.add_option("--only", options.only, "WORK CONTESTANT: one batch, nothing else, for counting tools")->expected(2);
-    app.add_option("--count", options.count, "operations of --only")->check(CLI::Range(1, 1000));
-    app.add_option("--rows", options.setting.rows, "rows of the table")->check(CLI::Range(500, 1000000));
     app.add_option("--rounds", options.rounds, "measured rounds")->check(CLI::Range(1, 1000));
+    app.add_option("--rows", options.setting.rows, "rows of the table, outside the report")
+        ->check(CLI::Range(500, 1000000));
     app.add_flag("--file", options.setting.blFile, "on a file (WAL, synchronous OFF) instead of in memory");
     app.add_flag("--transaction", options.setting.blTransaction, "each batch inside one transaction");
+    app.add_option("--counts", options.strCounts, "file of instructions per record for the report");
+    app.add_option("--data", options.strData, "folder for the data of the report's pictures");
+    app.add_option("--only", options.only, "WORK CONTESTANT: one batch, nothing else, for counting tools")->expected(2);
+    app.add_option("--count", options.count, "operations of --only")->check(CLI::Range(1, 1000));
     CLI11_PARSE(app, argc, argv);
 
     try
     {
-        if (!options.only.empty())
-            runOnly(options);
-        else
-            runAll(options);
+        run(options);
         return 0;
     }
     catch (const std::exception& error)

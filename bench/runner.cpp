@@ -8,6 +8,9 @@
 namespace bench
 {
 
+namespace
+{
+
 Spread spreadOf(std::vector<double> values)
 {
     std::sort(values.begin(), values.end());
@@ -15,19 +18,6 @@ Spread spreadOf(std::vector<double> values)
     const double median = values.size() % 2 != 0 ? values[half] : (values[half - 1] + values[half]) / 2;
     return {median, values.front(), values.back()};
 }
-
-Spread Result::ratio(const std::string& strId, const std::string& strRival) const
-{
-    std::vector<double> ratios;
-    const std::vector<double>& own = nanoseconds.at(strId);
-    const std::vector<double>& rival = nanoseconds.at(strRival);
-    for (std::size_t round = 0; round < own.size(); ++round)
-        ratios.push_back(own[round] / rival[round]);
-    return spreadOf(std::move(ratios));
-}
-
-namespace
-{
 
 // How many operations fill a batch. Pages come in whole turns, so that every batch has the same offsets.
 std::size_t operationsPerBatch(Place& place, const Work& work, std::int64_t wanted)
@@ -49,37 +39,64 @@ std::size_t operationsPerBatch(Place& place, const Work& work, std::int64_t want
 
 }  // namespace
 
-Result measure(const Work& work, const Setting& setting, const std::vector<ContestantKind>& kinds, const Effort& effort,
-               std::mt19937& random)
+Rounds::Rounds(std::vector<Lane> lanes, std::size_t rounds, std::mt19937& random)
 {
-    std::size_t count = 0;
+    for (std::size_t round = 0; round < rounds; ++round)
     {
-        Place rival(contestantKind(work.strRival), setting);
-        count = operationsPerBatch(rival, work, effort.batch);
-    }
-
-    std::vector<std::pair<std::string, std::unique_ptr<Place>>> places;
-    for (const ContestantKind& kind : kinds)
-    {
-        places.emplace_back(kind.strId, std::make_unique<Place>(kind, setting));
-        places.back().second->prepare(work, count);
-    }
-
-    Result result;
-    result.pWork = &work;
-    result.setting = setting;
-    for (std::size_t round = 0; round < effort.rounds; ++round)
-    {
-        std::shuffle(places.begin(), places.end(), random);
-        for (const auto& [strId, pPlace] : places)
+        std::shuffle(lanes.begin(), lanes.end(), random);
+        for (const Lane& lane : lanes)
         {
-            const Cost cost = pPlace->run();
+            const Cost cost = lane.worker->run();
             const auto records = static_cast<double>(cost.records);
-            result.nanoseconds[strId].push_back(static_cast<double>(cost.nanoseconds) / records);
-            result.allocations[strId] = static_cast<double>(cost.allocations) / records;
+            m_nanoseconds[lane.strId].push_back(static_cast<double>(cost.nanoseconds) / records);
+            m_allocations[lane.strId] = static_cast<double>(cost.allocations) / records;
         }
     }
-    return result;
+}
+
+Spread Rounds::nanoseconds(const std::string& strId) const
+{
+    return spreadOf(m_nanoseconds.at(strId));
+}
+
+Spread Rounds::ratio(const std::string& strId, const std::string& strRival) const
+{
+    std::vector<double> ratios = m_nanoseconds.at(strId);
+    const std::vector<double>& rival = m_nanoseconds.at(strRival);
+    for (std::size_t round = 0; round < ratios.size(); ++round)
+        ratios[round] /= rival[round];
+    return spreadOf(std::move(ratios));
+}
+
+Rounds runWork(const Work& work, const Setting& setting, const std::vector<ContestantKind>& kinds, const Effort& effort,
+               std::mt19937& random)
+{
+    const auto calibrate = [&]
+    {
+        return [&]
+        {
+            Place rival(contestantKind(work.strRival), setting);
+            return operationsPerBatch(rival, work, effort.batch);
+        };
+    };
+    const std::size_t count = Worker<std::size_t>(calibrate).run();
+
+    std::vector<Lane> lanes;
+    for (const ContestantKind& kind : kinds)
+        lanes.push_back(workLane(kind.strId, kind, work, setting, count));
+    return Rounds(std::move(lanes), effort.rounds, random);
+}
+
+Lane workLane(const std::string& strId, const ContestantKind& kind, const Work& work, const Setting& setting,
+              std::size_t count)
+{
+    const auto setUp = [&]
+    {
+        auto place = std::make_shared<Place>(kind, setting);
+        place->prepare(work, count);
+        return [place] { return place->run(); };
+    };
+    return {strId, std::make_shared<Worker<Cost>>(setUp)};
 }
 
 }  // namespace bench

@@ -1,39 +1,21 @@
 // SPDX-License-Identifier: MIT
 //
-// Rounds of measured batches, the contestants shuffled in each, and ratios that are formed within a round.
+// Rounds of measured batches, shuffled in each round, and ratios that are formed within a round.
 
 #ifndef VORN_BENCH_RUNNER_H
 #define VORN_BENCH_RUNNER_H
 
 #include <map>
+#include <memory>
 #include <random>
 #include <string>
 #include <vector>
 
 #include "work.h"
+#include "worker.h"
 
 namespace bench
 {
-
-struct Spread
-{
-    double median = 0;
-    double least = 0;
-    double most = 0;
-};
-Spread spreadOf(std::vector<double> values);
-
-// What the contestants cost in one work and setting, by round. All vectors have the same length.
-struct Result
-{
-    const Work* pWork = nullptr;
-    Setting setting;
-    std::map<std::string, std::vector<double>> nanoseconds;  // per record, by contestant
-    std::map<std::string, double> allocations;               // per record, by contestant
-
-    Spread time(const std::string& strId) const { return spreadOf(nanoseconds.at(strId)); }
-    Spread ratio(const std::string& strId, const std::string& strRival) const;
-};
 
 struct Effort
 {
@@ -41,7 +23,45 @@ struct Effort
     std::int64_t batch = 30000000;  // nanoseconds that the rival's batch lasts at least
 };
 
-Result measure(const Work& work, const Setting& setting, const std::vector<ContestantKind>& kinds, const Effort& effort,
+struct Spread
+{
+    double median = 0;
+    double least = 0;
+    double most = 0;
+};
+
+// One batch that takes its turn in every round.
+struct Lane
+{
+    std::string strId;
+    std::shared_ptr<Worker<Cost>> worker;
+};
+
+// What the lanes cost, round by round.
+class Rounds
+{
+public:
+    Rounds(std::vector<Lane> lanes, std::size_t rounds, std::mt19937& random);
+
+    bool has(const std::string& strId) const { return m_nanoseconds.count(strId) != 0; }
+
+    // Per record.
+    Spread nanoseconds(const std::string& strId) const;
+    double allocations(const std::string& strId) const { return m_allocations.at(strId); }
+
+    Spread ratio(const std::string& strId, const std::string& strRival) const;
+
+private:
+    std::map<std::string, std::vector<double>> m_nanoseconds;
+    std::map<std::string, double> m_allocations;
+};
+
+// A contestant that does count operations a batch.
+Lane workLane(const std::string& strId, const ContestantKind& kind, const Work& work, const Setting& setting,
+              std::size_t count);
+
+// One work in one setting; the lanes are the contestants' ids.
+Rounds runWork(const Work& work, const Setting& setting, const std::vector<ContestantKind>& kinds, const Effort& effort,
                std::mt19937& random);
 
 }  // namespace bench

@@ -2,8 +2,6 @@
 
 #include "work.h"
 
-#include <cstdlib>
-#include <filesystem>
 #include <stdexcept>
 
 #include "measure.h"
@@ -46,14 +44,6 @@ namespace
 // Operations before the measured ones: a whole turn of pages.
 constexpr std::size_t kWarmUp = kPages;
 
-std::string makeFolder()
-{
-    std::string strFolder = (std::filesystem::temp_directory_path() / "vornjsondb-bench-XXXXXX").string();
-    if (mkdtemp(strFolder.data()) == nullptr)
-        throw std::runtime_error("cannot make a folder for the database");
-    return strFolder;
-}
-
 }  // namespace
 
 Place::Place(const ContestantKind& kind, const Setting& setting) : m_setting(setting)
@@ -61,8 +51,8 @@ Place::Place(const ContestantKind& kind, const Setting& setting) : m_setting(set
     std::string strPath = ":memory:";
     if (setting.blFile)
     {
-        m_strFolder = makeFolder();
-        strPath = m_strFolder + "/bench.db";
+        m_folder = std::make_unique<Folder>();
+        strPath = m_folder->path() + "/bench.db";
     }
     m_contestant = kind.open(strPath);
     sqlite3* const pDb = m_contestant->connection();
@@ -72,13 +62,6 @@ Place::Place(const ContestantKind& kind, const Setting& setting) : m_setting(set
         runSql(pDb, "PRAGMA synchronous=OFF");
     }
     fillTable(pDb, 0, setting.rows);
-}
-
-Place::~Place()
-{
-    m_contestant.reset();
-    if (!m_strFolder.empty())
-        std::filesystem::remove_all(m_strFolder);
 }
 
 void Place::prepare(const Work& work, std::size_t count)

@@ -11,6 +11,7 @@
 #include <vector>
 
 #include "contestant.h"
+#include "folder.h"
 
 namespace bench
 {
@@ -58,18 +59,15 @@ class Place
 {
 public:
     Place(const ContestantKind& kind, const Setting& setting);
-    ~Place();
-    Place(const Place&) = delete;
-    Place& operator=(const Place&) = delete;
 
     Contestant& contestant() { return *m_contestant; }
 
     // Makes what a batch of count operations gets.
     void prepare(const Work& work, std::size_t count);
 
-    // Does the prepared work and says what it cost. Afterwards the table holds the same rows as before. A few operations
-    // come first that are not measured: freed memory that the C library has yet to merge would else be charged to
-    // whoever allocates next, another contestant as it may be.
+    // Does the prepared work and says what it cost. Afterwards the table holds the same rows as before. A few
+    // operations come first that are not measured: freed memory that the C library has yet to merge would else be
+    // charged to whoever allocates next, another contestant as it may be.
     Cost run();
 
     // Does the first count of the prepared operations and nothing else, for tools that count all that a process does.
@@ -82,7 +80,7 @@ private:
     void removeExtraRows();
 
     Setting m_setting;
-    std::string m_strFolder;  // of the file
+    std::unique_ptr<Folder> m_folder;  // of the file
     std::unique_ptr<Contestant> m_contestant;
     const Work* m_pWork = nullptr;
     Input m_input;

@@ -1,0 +1,66 @@
+// SPDX-License-Identifier: MIT
+//
+// What the library is to reach, and whether it does.
+
+#ifndef VORN_BENCH_TARGETS_H
+#define VORN_BENCH_TARGETS_H
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "runner.h"
+
+namespace bench
+{
+
+// Instructions per record, by work and contestant, as a counting tool gave them.
+class Counts
+{
+public:
+    Counts() = default;
+    explicit Counts(const std::string& strPath);  // lines "WORK CONTESTANT INSTRUCTIONS ..."
+
+    std::optional<double> instructions(const std::string& strWork, const std::string& strContestant) const;
+    std::optional<double> ratio(const std::string& strWork, const std::string& strContestant,
+                                const std::string& strRival) const;
+
+private:
+    std::map<std::string, double> m_instructions;
+};
+
+struct Target
+{
+    std::string strWork;
+    std::string strRival;
+    double must;
+    std::optional<double> aim;
+    std::optional<double> mustInstructions;
+    std::optional<double> aimInstructions;
+};
+const std::vector<Target>& workTargets();
+
+// One measured ratio beside its bounds.
+struct Judged
+{
+    std::string strWhat;
+    std::string strBeside;
+    Spread time;
+    std::optional<double> instructions;
+    double must;
+    std::optional<double> aim;
+    std::optional<double> mustInstructions;
+    std::optional<double> aimInstructions;
+};
+
+// "reached" or "missed". Where rounds lie on both sides of the bound, time is noise and the instructions decide, if
+// they were counted.
+std::string verdict(const Judged& judged, const std::optional<double>& bound,
+                    const std::optional<double>& instructionBound);
+
+void printTargets(const std::vector<Judged>& all);
+
+}  // namespace bench
+
+#endif  // VORN_BENCH_TARGETS_H
