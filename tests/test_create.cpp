@@ -4,6 +4,8 @@
 
 #include <gtest/gtest.h>
 
+#include <limits>
+
 #include "log_capture.h"
 #include "store.h"
 
@@ -355,6 +357,10 @@ TEST(Create, JsonMembersComeBackAsTheyWere)
     record["a"] = Json::Value(Json::arrayValue);
     record["a"].append(std::numeric_limits<double>::infinity());
     record["a"].append(-std::numeric_limits<double>::infinity());
+    EXPECT_EQ(record, created(store, record));
+
+    // A NUL is escaped inside JSON text and so does not end it.
+    record["a"][0] = std::string("not\0cut", 7);
     EXPECT_EQ(record, created(store, record));
 }
 

@@ -176,6 +176,19 @@ TEST(Execute, ASuccessEmptiesTheTextOfAnEarlierFailure)
         });
 }
 
+// Seen from a row callback: the text of the run before is gone as soon as a run starts.
+TEST(Execute, ARunStartsByEmptyingTheText)
+{
+    Store store(members);
+    const auto look = [](void* context, int, char**, char**)
+    {
+        EXPECT_EQ("", sqlErrorText(*static_cast<Store*>(context)));
+        return 0;
+    };
+    logged(finalFailure("nonsense", "near \"nonsense\": syntax error"), [&] { store->runSqlEx("nonsense"); });
+    EXPECT_EQ(0, store->runSqlEx("SELECT 1", look, &store));
+}
+
 TEST(Execute, EachObjectKeepsItsOwnErrorText)
 {
     Store first(members);

@@ -202,6 +202,10 @@ TEST(ValuePercent, TextOfTheCallerEndsAtItsFirstNul)
 {
     Store one(memberList({"string"}));
     EXPECT_EQ("a) ", valueList(one, std::string("a\0b", 3), recordOf({"x"})));
+    EXPECT_EQ("a%) ", valueList(one, std::string("a%\0b", 4), recordOf({"x"})));
+    EXPECT_EQ("a%) ", valueList(one, std::string("a%%\0b", 5), recordOf({"x"})));
+    EXPECT_EQ("a) ", valueList(one, std::string("a%5\0b", 5), recordOf({"x"})));
+    EXPECT_EQ("ax) ", valueList(one, std::string("a%s\0b", 5), recordOf({"x"})));
     Store two(memberList({"int", "string"}));
     EXPECT_EQ("a,'x') ", valueList(two, std::string("a\0b", 3), recordOf({1, "x"})));
 }
