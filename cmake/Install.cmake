@@ -6,7 +6,7 @@ include(CMakePackageConfigHelpers)
 set(cmake_package_dir ${CMAKE_INSTALL_LIBDIR}/cmake/vornjsondb)
 
 # The runtime and development components are what a distribution splits into two packages.
-install(TARGETS vornjsondb EXPORT vornjsondb
+install(TARGETS vornjsondb vornjsondb_quiet EXPORT vornjsondb
   RUNTIME DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT runtime
   LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT runtime NAMELINK_COMPONENT development
   ARCHIVE DESTINATION ${CMAKE_INSTALL_LIBDIR} COMPONENT development)
@@ -22,6 +22,7 @@ install(FILES
   ${CMAKE_CURRENT_BINARY_DIR}/vornjsondb-config.cmake
   ${CMAKE_CURRENT_BINARY_DIR}/vornjsondb-config-version.cmake
   ${CMAKE_CURRENT_LIST_DIR}/FindJsonCpp.cmake
+  ${CMAKE_CURRENT_LIST_DIR}/vornjsondb-quiet.cpp
   DESTINATION ${cmake_package_dir} COMPONENT development)
 
 # The prefix is filled in while installing, because cmake --install may be given another one than this build was.

@@ -1,6 +1,6 @@
 # SPDX-License-Identifier: MIT
 #
-# What the library looks like from outside the tree: see consumer/check.sh.
+# What the library looks like from outside the tree: see consumer/check.sh and hosts/check.sh.
 
 if(VORNJSONDB_SANITIZE)
   list(JOIN VORNJSONDB_SANITIZE "," sanitizers)
@@ -32,6 +32,10 @@ if(library_type STREQUAL SHARED_LIBRARY)
 endif()
 vornjsondb_add_package_test(find_package find_package)
 vornjsondb_add_package_test(find_package_without_that_of_jsoncpp find_package -DCMAKE_DISABLE_FIND_PACKAGE_jsoncpp=ON)
+
+add_test(NAME package.hosts COMMAND ${CMAKE_CURRENT_LIST_DIR}/hosts/check.sh)
+set_tests_properties(package.hosts PROPERTIES LABELS package ENVIRONMENT "${environment}")
+
 if(NOT CMAKE_CROSSCOMPILING) # pkg-config would name this machine's libraries
   vornjsondb_add_package_test(pkg_config pkg_config)
 

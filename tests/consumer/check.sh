@@ -36,6 +36,7 @@ check_layout()
             echo "$LIBDIR/libvornjsondb.a"
         fi
         echo "$LIBDIR/pkgconfig/vornjsondb.pc"
+        echo "$LIBDIR/cmake/vornjsondb/vornjsondb-quiet.cpp"
         for file in FindJsonCpp vornjsondb-config vornjsondb-config-version vornjsondb-targets vornjsondb-targets-BUILD_TYPE; do
             echo "$LIBDIR/cmake/vornjsondb/$file.cmake"
         done
