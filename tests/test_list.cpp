@@ -257,6 +257,15 @@ TEST_F(List, RowsBeforeARowThatCannotBeReadStay)
         });
 }
 
+TEST_F(List, FractionTooSmallForADoubleInAJsonColumnIsZero)
+{
+    Store texts(R"({"j": {"cpptype": "Json::Value"}})");
+    texts.db().run("insert into " + texts.name() + " values ('[0." + std::string(400, '0') + "1, 0.5]')");
+    Json::Value param;
+    EXPECT_EQ(0, texts->recList(param, out));
+    EXPECT_EQ(json(R"([{"j": [0.0, 0.5]}])"), out);
+}
+
 TEST_F(List, ValueThatCannotBeReadRaisesBeforeAnyStatement)
 {
     const StatementLog log(store.db());

@@ -1,0 +1,21 @@
+#!/bin/bash
+# SPDX-License-Identifier: MIT
+# measures how much of src/ the tests run, branch by branch: [arguments of gcovr]
+. "$(dirname "$0")/common.sh"
+
+need "${packages_test[@]}" gcovr
+
+# Unoptimised, so that a branch of the program is a branch of the source. Programs run whole: that is faster here.
+folder=build/coverage
+output=$(cmake --preset debug -B "$folder" -DCMAKE_CXX_FLAGS=--coverage -DVORNJSONDB_TEST_PER_CASE=OFF \
+    -DVORNJSONDB_EXAMPLES=OFF 2>&1) || die "$output"
+cmake --build "$folder" --parallel "$jobs"
+find "$folder" -name '*.gcda' -delete
+ctest --test-dir "$folder" --parallel "$jobs" --output-on-failure --label-exclude package
+
+# Branches that only an exception takes, and those that no source text holds, are not counted: g++ adds two to nearly
+# every call.
+mkdir -p "$folder/report"
+gcovr --root . --filter src/ --object-directory "$folder/src" --exclude-throw-branches --exclude-unreachable-branches \
+    --branches --html-details "$folder/report/index.html" --print-summary "$@" "$folder/src"
+say "Details: $folder/report/index.html"
