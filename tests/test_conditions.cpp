@@ -316,6 +316,22 @@ TEST_F(Conditions, WithoutMemoryAListFailsWithTheLineOfItsKind)
     EXPECT_EQ("before ", out);
 }
 
+TEST_F(Conditions, NameMayStandInTheOutputItself)
+{
+    std::string text = "a_column_whose_name_is_longer_than_a_short_string";
+    const std::string name = text;
+    Store longName("{\"" + name + "\": {\"cpptype\": \"string\"}}");
+    Json::Value value = "x";
+    EXPECT_EQ(0, longName->SqlMakeByMatchField(text, value, text));
+    EXPECT_EQ(name + name + "='x'", text);
+
+    text = name;
+    text.shrink_to_fit();
+    Json::Value items = json(R"(["x"])");
+    EXPECT_EQ(0, longName->SqlMakeByListField(text.c_str(), items, text));
+    EXPECT_EQ(name + name + " in ('x' )", text);
+}
+
 TEST_F(Conditions, FormattedTextsAreReleased)
 {
     const sqlite3_int64 before = sqlite3_memory_used();

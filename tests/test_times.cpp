@@ -29,6 +29,17 @@ bool g_strftimeFails = false;
 std::string g_strftimeText;  // what strftime() writes instead, if it fits
 int g_conversions = 0;
 
+// The functions' names in the C library. With a 64-bit time_t on a 32-bit system its headers rename them.
+#ifdef __USE_TIME_BITS64
+constexpr const char* timeName = "__time64";
+constexpr const char* gmtimeName = "__gmtime64_r";
+constexpr const char* localtimeName = "__localtime64_r";
+#else
+constexpr const char* timeName = "time";
+constexpr const char* gmtimeName = "gmtime_r";
+constexpr const char* localtimeName = "localtime_r";
+#endif
+
 template <class Function>
 Function* original(const char* name)
 {
@@ -53,7 +64,7 @@ tm* convert(const char* name, const time_t* stamp, tm* out)
 
 REPLACES_C_LIBRARY time_t time(time_t* out) noexcept
 {
-    const time_t now = g_clock ? *g_clock : original<time_t(time_t*)>("time")(nullptr);
+    const time_t now = g_clock ? *g_clock : original<time_t(time_t*)>(timeName)(nullptr);
     if (out != nullptr)
     {
         *out = now;
@@ -63,11 +74,11 @@ REPLACES_C_LIBRARY time_t time(time_t* out) noexcept
 
 REPLACES_C_LIBRARY tm* gmtime_r(const time_t* stamp, tm* out) noexcept
 {
-    return convert("gmtime_r", stamp, out);
+    return convert(gmtimeName, stamp, out);
 }
 REPLACES_C_LIBRARY tm* localtime_r(const time_t* stamp, tm* out) noexcept
 {
-    return convert("localtime_r", stamp, out);
+    return convert(localtimeName, stamp, out);
 }
 
 REPLACES_C_LIBRARY size_t strftime(char* out, size_t size, const char* format, const tm* time) noexcept

@@ -11,7 +11,8 @@ output=$(cmake --preset debug -B "$folder" -DCMAKE_CXX_FLAGS=--coverage -DVORNJS
     -DVORNJSONDB_EXAMPLES=OFF 2>&1) || die "$output"
 cmake --build "$folder" --parallel "$jobs"
 find "$folder" -name '*.gcda' -delete
-ctest --test-dir "$folder" --parallel "$jobs" --output-on-failure --label-exclude package
+status=0
+ctest --test-dir "$folder" --parallel "$jobs" --output-on-failure --label-exclude package || status=$?
 
 # Branches that only an exception takes, and those that no source text holds, are not counted: g++ adds two to nearly
 # every call.
@@ -19,3 +20,4 @@ mkdir -p "$folder/report"
 gcovr --root . --filter src/ --object-directory "$folder/src" --exclude-throw-branches --exclude-unreachable-branches \
     --branches --html-details "$folder/report/index.html" --print-summary "$@" "$folder/src"
 say "Details: $folder/report/index.html"
+exit "$status"
