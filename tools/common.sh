@@ -11,6 +11,7 @@ packages_build=(cmake g++ libjsoncpp-dev libsqlite3-dev ninja-build)
 packages_demo=("${packages_build[@]}" iso-codes)
 packages_test=("${packages_build[@]}" binutils libgtest-dev locales pkgconf)
 packages_lint=("${packages_test[@]}" clang clang-format clang-tidy clang-tools cppcheck shellcheck)
+packages_fuzz=("${packages_build[@]}" clang libclang-rt-dev)
 packages_fresh=(debootstrap)
 
 jobs=$(nproc)

@@ -1,0 +1,98 @@
+// SPDX-License-Identifier: MIT
+
+#include "database.h"
+
+#include "check.h"
+
+namespace fuzz
+{
+
+namespace
+{
+
+void appendRows(std::string& strOut, sqlite3* pDb, const std::string& strQuery)
+{
+    sqlite3_stmt* pStatement = nullptr;
+    if (sqlite3_prepare_v2(pDb, strQuery.c_str(), -1, &pStatement, nullptr) != SQLITE_OK)
+    {
+        strOut += sqlite3_errmsg(pDb);
+        return;
+    }
+    while (sqlite3_step(pStatement) == SQLITE_ROW)
+    {
+        for (int i = 0; i < sqlite3_column_count(pStatement); ++i)
+        {
+            strOut += std::to_string(sqlite3_column_type(pStatement, i)) + ":";
+            if (const void* const pBytes = sqlite3_column_blob(pStatement, i))
+                strOut.append(static_cast<const char*>(pBytes),
+                              static_cast<std::size_t>(sqlite3_column_bytes(pStatement, i)));
+            strOut += '|';
+        }
+        strOut += '\n';
+    }
+    if (sqlite3_finalize(pStatement) != SQLITE_OK)
+        strOut += sqlite3_errmsg(pDb);
+}
+
+}  // namespace
+
+Database::Database()
+{
+    FUZZ_CHECK(sqlite3_open(":memory:", &m_pDb) == SQLITE_OK, "no database in memory");
+    sqlite3_limit(m_pDb, SQLITE_LIMIT_ATTACHED, 0);
+    sqlite3_limit(m_pDb, SQLITE_LIMIT_LENGTH, 200000);
+    sqlite3_limit(m_pDb, SQLITE_LIMIT_TRIGGER_DEPTH, 5);
+    sqlite3_set_authorizer(m_pDb, refuse, nullptr);
+    sqlite3_progress_handler(m_pDb, 1000, count, this);
+}
+
+Database::~Database()
+{
+    FUZZ_CHECK(sqlite3_close(m_pDb) == SQLITE_OK, sqlite3_errmsg(m_pDb));
+}
+
+void Database::rewind()
+{
+    sqlite3_test_control(SQLITE_TESTCTRL_PRNG_SEED, 1, nullptr);
+    m_nSteps = 0;
+}
+
+std::string Database::dump(const std::string& strTable)
+{
+    rewind();
+    std::string strOut;
+    appendRows(strOut, m_pDb, "select rowid from " + strTable);
+    appendRows(strOut, m_pDb, "select * from " + strTable);
+    appendRows(strOut, m_pDb, "select type, name, sql from sqlite_schema");
+    rewind();
+    return strOut;
+}
+
+// What reaches beyond the connection, and what tells the time.
+int Database::refuse(void*, int iAction, const char*, const char* szFunction, const char*, const char*)
+{
+    switch (iAction)
+    {
+        case SQLITE_ATTACH:
+        case SQLITE_DETACH:
+        case SQLITE_PRAGMA:
+        case SQLITE_CREATE_VTABLE:
+            return SQLITE_DENY;
+        case SQLITE_FUNCTION:
+            for (const char* szName : {"date", "time", "datetime", "julianday", "unixepoch", "strftime", "current_date",
+                                       "current_time", "current_timestamp", "load_extension"})
+                if (sqlite3_stricmp(szFunction, szName) == 0)
+                    return SQLITE_DENY;
+            return SQLITE_OK;
+        default:
+            return SQLITE_OK;
+    }
+}
+
+int Database::count(void* pThis)
+{
+    constexpr int kMaxThousandSteps = 50;
+    return ++static_cast<Database*>(pThis)->m_nSteps > kMaxThousandSteps ? 1 : 0;
+}
+
+}  // namespace fuzz

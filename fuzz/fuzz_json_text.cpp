@@ -1,0 +1,71 @@
+// SPDX-License-Identifier: MIT
+//
+// Any text, read by the library and by JsonCpp's own reader with the same settings: both accept it or both refuse it,
+// and give the same value down to the kind of every number. What was read is written as JsonCpp writes it, and comes
+// back without loss.
+
+#include <algorithm>
+#include <cmath>
+#include <cstddef>
+#include <cstdint>
+#include <cstring>
+#include <string>
+
+#include "check.h"
+#include "json_text.h"
+#include "reference_json.h"
+
+namespace
+{
+
+// JsonCpp's reader refuses deeper texts, which its writer may well have written.
+constexpr int kDeepest = 990;
+
+// blIdentical: whether the value has a kind that its text tells. A small unsigned number comes back signed, and every
+// NaN as the same.
+void checkValue(const Json::Value& jValue, bool blIdentical = true)
+{
+    const std::string strText = toString(jValue);
+    const std::string strReference = fuzz::writeReference(jValue);
+    FUZZ_CHECK(strText == strReference, "written <" + strText + ">, by JsonCpp <" + strReference + ">");
+
+    const Json::Value jAgain = fromString(strText.c_str(), reader);
+    FUZZ_CHECK(fuzz::identical(jAgain, fuzz::readReference(strText)), "not read like JsonCpp: <" + strText + ">");
+    if (fuzz::depthOf(jValue) > kDeepest)
+        return;
+    FUZZ_CHECK(toString(jAgain) == strText, "<" + strText + "> is not stable");
+    FUZZ_CHECK(!blIdentical || fuzz::identical(jAgain, jValue), "<" + strText + "> came back as another value");
+}
+
+template <typename Number>
+Number numberOf(const std::string& strBytes)
+{
+    Number number = 0;
+    std::memcpy(&number, strBytes.data(), std::min(sizeof number, strBytes.size()));
+    return number;
+}
+
+}  // namespace
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
+{
+    const std::string strText(reinterpret_cast<const char*>(data), size);
+    const Json::Value jExpected = fuzz::readReference(strText);
+    const Json::Value jValue = fromString(strText.c_str(), reader);
+    FUZZ_CHECK(fuzz::identical(jValue, jExpected),
+               "read as <" + toString(jValue) + ">, by JsonCpp as <" + fuzz::writeReference(jExpected) + ">");
+    checkValue(jValue);
+
+    // The same bytes as values that need not come from a text: NUL characters and broken UTF-8 in strings and names,
+    // any bits in numbers.
+    checkValue(Json::Value(strText));
+    Json::Value jNamed;
+    jNamed[strText] = jValue;
+    checkValue(jNamed);
+    const auto uNumber = numberOf<std::uint64_t>(strText);
+    checkValue(static_cast<Json::UInt64>(uNumber), uNumber > static_cast<std::uint64_t>(Json::Value::maxInt64));
+    checkValue(static_cast<Json::Int64>(numberOf<std::int64_t>(strText)));
+    const auto dNumber = numberOf<double>(strText);
+    checkValue(dNumber, !std::isnan(dNumber));
+    return 0;
+}

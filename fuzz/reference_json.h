@@ -1,0 +1,30 @@
+// SPDX-License-Identifier: MIT
+//
+// JSON texts as JsonCpp itself reads and writes them with the library's settings, and a comparison that overlooks
+// nothing.
+
+#ifndef VORN_FUZZ_REFERENCE_JSON_H
+#define VORN_FUZZ_REFERENCE_JSON_H
+
+#include <json/json.h>
+
+#include <string>
+
+namespace fuzz
+{
+
+// The value of the text up to its first NUL, or null where JsonCpp's reader refuses it or throws.
+Json::Value readReference(const std::string& strText);
+
+std::string writeReference(const Json::Value& jValue);
+
+// How many arrays and objects stand around the innermost value.
+int depthOf(const Json::Value& jValue);
+
+// Same kinds, same bits, same members in the same order. Json::Value's own comparison calls NaN unlike itself and -0.0
+// like 0.0.
+bool identical(const Json::Value& jLeft, const Json::Value& jRight);
+
+}  // namespace fuzz
+
+#endif  // VORN_FUZZ_REFERENCE_JSON_H
