@@ -29,13 +29,7 @@ struct Kind
 class Random
 {
 public:
-    Random()
-    {
-        const char* const given = std::getenv("VORN_TEST_SEED");
-        m_seed = given != nullptr ? static_cast<unsigned>(std::strtoul(given, nullptr, 10)) : std::random_device()();
-        m_engine.seed(m_seed);
-        std::printf("VORN_TEST_SEED=%u\n", m_seed);
-    }
+    Random() { std::printf("VORN_TEST_SEED=%u\n", m_seed); }
 
     unsigned seed() const { return m_seed; }
     size_t below(size_t limit) { return m_engine() % limit; }
@@ -107,8 +101,14 @@ public:
     }
 
 private:
-    unsigned m_seed = 0;
-    std::mt19937 m_engine;
+    static unsigned chosenSeed()
+    {
+        const char* const given = std::getenv("VORN_TEST_SEED");
+        return given != nullptr ? static_cast<unsigned>(std::strtoul(given, nullptr, 10)) : std::random_device()();
+    }
+
+    unsigned m_seed = chosenSeed();
+    std::mt19937 m_engine{m_seed};
 };
 
 // A definition with the members a, b, c, ... of these types.

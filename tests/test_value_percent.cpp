@@ -11,6 +11,9 @@ using namespace support;
 namespace
 {
 
+// What texts may need before the formatter reports a lack of memory.
+constexpr sqlite3_int64 heapForTexts = sqlite3_int64{64} * 1024 * 1024;
+
 const char* const hostile[] = {
     "%",
     "%%",
@@ -225,7 +228,7 @@ TEST(ValuePercent, AWidthBeyondSqlitesLimitThrowsAndLeavesTheTextAsItWas)
 // Whatever stands before a value of whatever type: a text or the formatter's lack of memory, and nothing else.
 TEST(ValuePercent, HostileTextsNeverReachMemory)
 {
-    const sqlite3_int64 limitBefore = sqlite3_hard_heap_limit64(sqlite3_memory_used() + 64 * 1024 * 1024);
+    const sqlite3_int64 limitBefore = sqlite3_hard_heap_limit64(sqlite3_memory_used() + heapForTexts);
     for (const char* const type : everyType)
     {
         for (const char* const last : everyType)
@@ -259,7 +262,7 @@ TEST(ValuePercent, RandomTextsNeverReachMemory)
     Store store(memberList({"string", "int", "string", "double", "unsigned", "Json::objectValue", "string"}));
     static_cast<void>(store.types());
     const sqlite3_int64 usedBefore = sqlite3_memory_used();
-    const sqlite3_int64 limitBefore = sqlite3_hard_heap_limit64(usedBefore + 64 * 1024 * 1024);
+    const sqlite3_int64 limitBefore = sqlite3_hard_heap_limit64(usedBefore + heapForTexts);
     const auto draw = [&]
     {
         std::string result;

@@ -26,7 +26,7 @@ SleepWatch* g_watch = nullptr;
 constexpr const char* takeSql = "BEGIN IMMEDIATE";
 constexpr const char* releaseSql = "COMMIT";
 
-class ThreadLock : public WriteLock
+class ThreadLock final : public WriteLock
 {
 public:
     explicit ThreadLock(std::string path) : m_path(std::move(path)) {}
@@ -66,7 +66,7 @@ private:
 };
 
 // The child runs one statement for each byte that it is sent and answers with SQLite's status.
-class ProcessLock : public WriteLock
+class ProcessLock final : public WriteLock
 {
 public:
     explicit ProcessLock(const std::string& path)

@@ -10,6 +10,7 @@
 
 #include <cerrno>
 #include <cstdarg>
+#include <cstdlib>
 #include <mutex>
 #include <stdexcept>
 
@@ -30,14 +31,10 @@ int g_errnoBefore = 0;
 void keepSyslogCall(int priority, const char* format, va_list args)
 {
     const int errnoThen = errno;
-    va_list measured;
-    va_copy(measured, args);
-    const int length = vsnprintf(nullptr, 0, format, measured);
-    va_end(measured);
-    std::string text(static_cast<size_t>(length) + 1, '\0');
-    errno = errnoThen;
-    vsnprintf(text.data(), text.size(), format, args);
-    text.pop_back();
+    char* szText = nullptr;
+    const int length = vasprintf(&szText, format, args);
+    const std::string text = length >= 0 ? szText : "the format cannot be printed";
+    std::free(length >= 0 ? szText : nullptr);
     {
         const std::lock_guard<std::mutex> lock(g_mutex);
         g_syslogCalls.push_back({priority, errnoThen, format, text});
