@@ -4,3 +4,4 @@
 
 vornjsondb_add_test(test_failing_allocations test_failing_allocations.cpp failing_allocators.cpp)
 vornjsondb_add_test(test_failing_storage test_failing_storage.cpp faulty_vfs.cpp)
+vornjsondb_add_test(test_killed_writers test_killed_writers.cpp child_process.cpp faulty_vfs.cpp SLOW)
