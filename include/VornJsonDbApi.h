@@ -32,8 +32,11 @@
 //     that loads the library with dlopen() is linked with -rdynamic.
 //  8. SQL text. These arguments become part of a statement as they stand and must never come from outside the program:
 //     the table's name, member names, the create statement, "vornSqlWhereFilter", strSqlWhere, "limit", "offset", the
-//     text given to runSqlEx(), and in conditions every value of a member that is not "string", "bool" or a JSON type.
-//     String and JSON values are quoted by sqlite3_mprintf().
+//     text given to runSqlEx(), and in conditions every value of a member that is not "string", "bool" or a JSON type
+//     (in list conditions of "bool" too). String and JSON values are quoted by sqlite3_mprintf(); in a saved record,
+//     though, a '%' in any value but the last is read as a conversion by the values behind it and can undo their
+//     quotes. Check values from outside for '%' before recCreate() and recSave(), or write them with
+//     recUpdateByFilter().
 //  9. Text ends at its first NUL character wherever it passes through SQLite's formatter or comes back from a row.
 
 #ifndef VORN_JSON_DB_API_H
@@ -174,7 +177,7 @@ public:
     VORN_JSON_DB_EXPORT int SqlExpandMemberName(std::string& strOut, Json::Value* pjRec = nullptr);
 
     // Appends the value list of the members that jRec holds, and ") " after the definition's last member. Each value is
-    // formatted together with the text before it, so a '%' survives only in the last value. 0 or -1.
+    // formatted together with the text before it, so a '%' survives only in the last value (convention 8). 0 or -1.
     VORN_JSON_DB_EXPORT int SqlExpandMemberSymbol(std::string& strOut, Json::Value& jRec);
 
     // Appends the condition NAME=VALUE: quoted for "string" and JSON types, 1 or 0 for "bool", bare for all others.
@@ -200,6 +203,8 @@ public:
                                               Json::Value& jParamOut);
 
 private:
+    int save(Json::Value& jRecInOut, bool blCreate, Json::Value& jStored);
+
     sqlite3* m_pDb = nullptr;
     std::string m_strName;
     Json::Value m_jTableDef;

@@ -8,6 +8,7 @@
 #include <cstring>
 #include <exception>
 
+#include "json_members.h"
 #include "json_text.h"
 #include "log.h"
 #include "row_value.h"
@@ -31,16 +32,10 @@ constexpr const char* kDuplicateKey = "DUPLICATE_PRIMARY_KEY";
 // types by this name.
 std::string strCurTableName;
 
-const TypeMap& currentTypeMap()
+TypeMap& currentTypeMap()
 {
     Json::Value jNoTableDef;
     return typeMapOf(jNoTableDef, strCurTableName);
-}
-
-void traceSqlError(const std::string& strSqlErr, const std::string& strSql)
-{
-    if (!strSqlErr.empty())
-        VORN_TRACE("sql error, err=%s, sql=%s", strSqlErr.c_str(), strSql.c_str());
 }
 
 bool isDuplicateKey(const std::string& strSqlErr)
@@ -49,6 +44,13 @@ bool isDuplicateKey(const std::string& strSqlErr)
 }
 
 }  // namespace
+
+#define VORN_TRACE_SQL_ERROR(strSql)                                                        \
+    do                                                                                      \
+    {                                                                                       \
+        if (!m_strSqlErr.empty())                                                           \
+            VORN_TRACE("sql error, err=%s, sql=%s", m_strSqlErr.c_str(), (strSql).c_str()); \
+    } while (false)
 
 // ---- The object and its table
 // ------------------------------------------------------------------------------------------
@@ -91,7 +93,7 @@ int VornJsonDbApi::tableCreate()
         return 0;
 
     VORN_ERROR("create table failed, sql=%s", m_strSqlCreate.c_str());
-    traceSqlError(m_strSqlErr, m_strSqlCreate);
+    VORN_TRACE_SQL_ERROR(m_strSqlCreate);
     return -1;
 }
 
@@ -189,19 +191,24 @@ int VornJsonDbApi::runSqlEx(std::string strSql, RowCallback callback, void* pCon
 namespace
 {
 
+bool isEmptyRecord(const Json::Value& jRec)
+{
+    return jRec.isNull() || (jRec.isObject() && jRec.empty());
+}
+
 // Sets the member for one column. The caller has looked up the types, once for all columns of a row.
-int fillField(const TypeMap& typeMap, std::size_t& expected, Json::Value& jRec, const char* szName, const char* szValue)
+int fillField(TypeMap& typeMap, std::size_t& expected, Json::Value& jRec, const char* szName, const char* szValue)
 {
     if (VORN_FAILED(jRec.type() != Json::objectValue && jRec.type() != Json::nullValue))
         return -1;
-    const TypeMember* pMember = typeMap.find(szName, std::strlen(szName), expected);
+    TypeMember* pMember = typeMap.find(szName, expected);
     if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(strName)"))
         return -1;
     if (szValue == nullptr)
         return 0;
 
     Json::Value jValue;
-    if (!convertColumn(pMember->type, szValue, jValue))
+    if (!convertColumn(pMember->type, pMember->reader, szValue, jValue))
     {
         VORN_ERROR("type error, strType=%s", pMember->strTypeName.c_str());
         return -1;
@@ -222,9 +229,11 @@ int VornJsonDbApi::DbCallBackFillList(void* pjRecArray, int n_column, char** col
                        "pjRecArray->type() != Json::arrayValue && pjRecArray->type() != Json::nullValue"))
         return -1;
 
-    Json::Value jTmp(Json::objectValue);
+    Json::Value jTmp;
     if (VORN_FAILED(0 > DbCallBackFillRec(&jTmp, n_column, column_value, column_name)))
         return -1;
+    if (jTmp.isNull())  // a row without columns, or of NULL only
+        jTmp = Json::Value(Json::objectValue);
     pjArray->append(std::move(jTmp));
     return 0;
 }
@@ -234,7 +243,7 @@ int VornJsonDbApi::DbCallBackFillRec(Json::Value* pjRec, int n_column, char** co
     if (VORN_FAILED(NULL == column_name || NULL == column_value))
         return -1;
 
-    const TypeMap* pTypeMap = nullptr;
+    TypeMap* pTypeMap = nullptr;
     std::size_t expected = 0;
     for (int i = 0; i < n_column; ++i)
     {
@@ -242,7 +251,11 @@ int VornJsonDbApi::DbCallBackFillRec(Json::Value* pjRec, int n_column, char** co
         if (!blFailed)
         {
             if (pTypeMap == nullptr)
+            {
                 pTypeMap = &currentTypeMap();
+                if (isEmptyRecord(*pjRec) && pTypeMap->fillRecord(n_column, column_value, column_name, *pjRec))
+                    return 0;
+            }
             blFailed = VORN_FAILED_AS(0 > fillField(*pTypeMap, expected, *pjRec, column_name[i], column_value[i]),
                                       "0 > (iTmp = DbCallBackFillField(*pjRec, column_name, column_value, i))");
         }
@@ -287,16 +300,14 @@ int VornJsonDbApi::fillDefaultValue(Json::Value& jParam, bool blRequireAll)
 
 int VornJsonDbApi::checkJsonType(Json::Value& jRecParam)
 {
-    const TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
+    TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
     if (VORN_FAILED(!jRecParam.isObject()))
         return -1;
 
     std::size_t expected = 0;
     for (auto it = jRecParam.begin(); it != jRecParam.end(); ++it)
     {
-        const char* szEnd = nullptr;
-        const char* szKey = it.memberName(&szEnd);
-        const TypeMember* pMember = typeMap.find(szKey, static_cast<std::size_t>(szEnd - szKey), expected);
+        const TypeMember* pMember = typeMap.find(nameOf(it), expected);
         if (pMember == nullptr)
             continue;
 
@@ -322,12 +333,12 @@ int VornJsonDbApi::checkJsonType(Json::Value& jRecParam)
                 blFits = it->isObject();
                 break;
             default:
-                VORN_ERROR("type not found!!, key=%s", szKey);
+                VORN_ERROR("type not found!!, key=%s", pMember->strName.c_str());
                 return -1;
         }
         if (!blFits)
         {
-            VORN_ERROR("type failed, strKey=%s, jRecParam=%s", szKey, toString(jRecParam).c_str());
+            VORN_ERROR("type failed, strKey=%s, jRecParam=%s", pMember->strName.c_str(), toString(jRecParam).c_str());
             return -1;
         }
     }
@@ -394,17 +405,18 @@ bool addValue(ValueList& values, CppType type, const Json::Value& jValue)
 // statement, which is how a caller learns that the member is missing.
 int VornJsonDbApi::SqlExpandMemberName(std::string& strOut, Json::Value* pjRec)
 {
+    static const Json::Value kNoRecord;
+    RecordCursor record(pjRec != nullptr ? *pjRec : kNoRecord);
     const Json::Value& jMembers = definedMembers(m_jTableDef, m_strName);
-    const Json::ArrayIndex n = jMembers.size();
-    Json::ArrayIndex i = 0;
-    for (auto it = jMembers.begin(); it != jMembers.end(); ++it, ++i)
+    const auto itEnd = jMembers.end();
+    for (auto it = jMembers.begin(); it != itEnd;)
     {
-        const char* szEnd = nullptr;
-        const char* szKey = it.memberName(&szEnd);
-        if (pjRec != nullptr && !pjRec->isMember(szKey, szEnd))
+        const std::string_view key = nameOf(it);
+        const bool blLast = ++it == itEnd;
+        if (pjRec != nullptr && record.find(key) == nullptr)
             continue;
-        strOut.append(szKey, szEnd);
-        if (i + 1 < n)
+        strOut += key;
+        if (!blLast)
             strOut += ',';
     }
     return 0;
@@ -412,20 +424,20 @@ int VornJsonDbApi::SqlExpandMemberName(std::string& strOut, Json::Value* pjRec)
 
 int VornJsonDbApi::SqlExpandMemberSymbol(std::string& strOut, Json::Value& jRec)
 {
-    const TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
+    TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
     ValueList values(strOut);
-    const Json::Value& jMembers = definedMembers(m_jTableDef, m_strName);
-    const Json::ArrayIndex n = jMembers.size();
-    Json::ArrayIndex i = 0;
+    RecordCursor record(jRec);
     std::size_t expected = 0;
-    for (auto it = jMembers.begin(); it != jMembers.end(); ++it, ++i)
+    const Json::Value& jMembers = definedMembers(m_jTableDef, m_strName);
+    const auto itEnd = jMembers.end();
+    for (auto it = jMembers.begin(); it != itEnd;)
     {
-        const char* szEnd = nullptr;
-        const char* szKey = it.memberName(&szEnd);
-        const TypeMember* pMember = typeMap.find(szKey, static_cast<std::size_t>(szEnd - szKey), expected);
+        const std::string_view key = nameOf(it);
+        const bool blLast = ++it == itEnd;
+        const TypeMember* pMember = typeMap.find(key, expected);
         if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(strKey)"))
             return -1;
-        const Json::Value* pjValue = jRec.find(szKey, szEnd);
+        const Json::Value* pjValue = record.find(key);
         if (pjValue == nullptr)
             continue;
         if (!addValue(values, pMember->type, *pjValue))
@@ -433,7 +445,7 @@ int VornJsonDbApi::SqlExpandMemberSymbol(std::string& strOut, Json::Value& jRec)
             VORN_ERROR("cannot support this type=%s", pMember->strTypeName.c_str());
             return -1;
         }
-        values.addSeparator(i + 1 < n ? "," : ") ");
+        values.addSeparator(blLast ? ") " : ",");
     }
     strOut.swap(values.text());
     return 0;
@@ -442,16 +454,13 @@ int VornJsonDbApi::SqlExpandMemberSymbol(std::string& strOut, Json::Value& jRec)
 // ---- Conditions and assignments
 // ----------------------------------------------------------------------------------------
 
-int VornJsonDbApi::SqlMakeByMatchField(std::string& strField, Json::Value& jParam, std::string& strOut)
+namespace
 {
-    const TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
-    std::size_t expected = 0;
-    const TypeMember* pMember = typeMap.find(strField.data(), strField.size(), expected);
-    if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(strField)"))
-        return -1;
 
+int makeMatch(const TypeMember& member, const std::string& strField, const Json::Value& jParam, std::string& strOut)
+{
     SqliteText szSql;
-    switch (pMember->type)
+    switch (member.type)
     {
         case CppType::String:
             if (VORN_FAILED(NULL == (szSql = sqlite3_mprintf("%q", jParam.asString().c_str()))))
@@ -479,13 +488,24 @@ int VornJsonDbApi::SqlMakeByMatchField(std::string& strField, Json::Value& jPara
     }
 }
 
+}  // namespace
+
+int VornJsonDbApi::SqlMakeByMatchField(std::string& strField, Json::Value& jParam, std::string& strOut)
+{
+    std::size_t expected = 0;
+    const TypeMember* pMember = typeMapOf(m_jTableDef, m_strName).find(strField, expected);
+    if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(strField)"))
+        return -1;
+    return makeMatch(*pMember, strField, jParam, strOut);
+}
+
 int VornJsonDbApi::SqlMakeByListField(const char* szField, Json::Value& jList, std::string& strOut)
 {
-    const TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
+    TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
     if (VORN_FAILED(!szField || !szField[0]))
         return -1;
     std::size_t expected = 0;
-    const TypeMember* pMember = typeMap.find(szField, std::strlen(szField), expected);
+    const TypeMember* pMember = typeMap.find(szField, expected);
     if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(szField)") || VORN_FAILED(jList.type() != Json::arrayValue))
         return -1;
     if (jList.empty())
@@ -527,7 +547,7 @@ int VornJsonDbApi::SqlMakeByListField(const char* szField, Json::Value& jList, s
 
 int VornJsonDbApi::SqlExpandMemberList(Json::Value& jRecParam, std::string& strSqlWhereOut, int andType)
 {
-    const TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
+    TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
     if (VORN_FAILED(jRecParam.type() != Json::objectValue && jRecParam.type() != Json::nullValue))
         return -1;
 
@@ -553,9 +573,10 @@ int VornJsonDbApi::SqlExpandMemberList(Json::Value& jRecParam, std::string& strS
     std::size_t expected = 0;
     for (auto it = jRecParam.begin(); it != jRecParam.end(); ++it)
     {
-        std::string strField = it.name();
+        const std::string strField(nameOf(it));
         const bool blRaw = strField == kRawFilter;
-        if (!blRaw && typeMap.find(strField.data(), strField.size(), expected) == nullptr)
+        const TypeMember* pMember = blRaw ? nullptr : typeMap.find(strField, expected);
+        if (!blRaw && pMember == nullptr)
             continue;
 
         if (blWritten)
@@ -576,7 +597,7 @@ int VornJsonDbApi::SqlExpandMemberList(Json::Value& jRecParam, std::string& strS
                                "0 > SqlMakeByListField(jmFieldName[i].c_str(), jTmp, strSqlWhereOut)"))
                 return -1;
         }
-        else if (VORN_FAILED_AS(0 > SqlMakeByMatchField(strField, *it, strSqlWhereOut),
+        else if (VORN_FAILED_AS(0 > makeMatch(*pMember, strField, *it, strSqlWhereOut),
                                 "0 > SqlMakeByMatchField(jmFieldName[i], jTmp, strSqlWhereOut)"))
         {
             return -1;
@@ -632,9 +653,14 @@ int VornJsonDbApi::VectorParamToJson(std::vector<std::string>& strVector, const 
 
 int VornJsonDbApi::recSave(Json::Value& jRecInOut, bool blCreate)
 {
+    return save(jRecInOut, blCreate, jRecInOut);
+}
+
+int VornJsonDbApi::save(Json::Value& jRecInOut, bool blCreate, Json::Value& jStored)
+{
     const Json::Value& jType = recType(m_jTableDef, m_strName);
     std::string strSql;
-    const auto save = [&]
+    const auto saved = [&]
     {
         Json::Value jArrayTmp(Json::arrayValue);
         appendAll(strSql, {blCreate ? "INSERT INTO " : "REPLACE INTO ", m_strName, " ("});
@@ -653,29 +679,54 @@ int VornJsonDbApi::recSave(Json::Value& jRecInOut, bool blCreate)
         }
         if (VORN_FAILED(0 == jArrayTmp.size()))
             return false;
-        jRecInOut = std::move(jArrayTmp[0]);
+        jStored = std::move(jArrayTmp[0]);
         return true;
     };
-    if (save())
+    if (saved())
         return 0;
 
     VORN_TRACE("blCreate=%d, jRecInOut=%s", blCreate ? 1 : 0, toString(jRecInOut).c_str());
     VORN_TRACE("jType=%s", toString(jType).c_str());
-    traceSqlError(m_strSqlErr, strSql);
+    VORN_TRACE_SQL_ERROR(strSql);
     return -1;
 }
 
+namespace
+{
+
+bool lacksDefault(TypeMap& typeMap, const Json::Value& jRec)
+{
+    RecordCursor record(jRec);
+    for (const TypeMember& member : typeMap.members())
+        if (record.find(member.strName) == nullptr && member.blHasDefault)
+            return true;
+    return false;
+}
+
+}  // namespace
+
 int VornJsonDbApi::recCreate(Json::Value& jRecIn, Json::Value& jRecOut)
 {
-    Json::Value jParam = jRecIn;
-    if (!VORN_FAILED(jRecIn.empty()) && !VORN_FAILED(0 > fillDefaultValue(jParam, false)) &&
-        !VORN_FAILED(0 > checkJsonType(jParam)) && !VORN_FAILED(0 > recSave(jParam, true)))
+    Json::Value jFilled;
+    Json::Value* pjParam = &jRecIn;  // copied only when a default has to be filled in
+    const auto created = [&]
     {
-        jRecOut = std::move(jParam);
+        if (VORN_FAILED(jRecIn.empty()))
+            return false;
+        if (lacksDefault(typeMapOf(m_jTableDef, m_strName), jRecIn))
+        {
+            jFilled = jRecIn;
+            pjParam = &jFilled;
+            if (VORN_FAILED_AS(0 > fillDefaultValue(jFilled, false), "0 > fillDefaultValue(jParam, false)"))
+                return false;
+        }
+        return !VORN_FAILED_AS(0 > checkJsonType(*pjParam), "0 > checkJsonType(jParam)") &&
+               !VORN_FAILED_AS(0 > save(*pjParam, true, jRecOut), "0 > recSave(jParam, true)");
+    };
+    if (created())
         return 0;
-    }
 
-    VORN_TRACE("call create rec, rec=%s", toString(jParam).c_str());
+    VORN_TRACE("call create rec, rec=%s", toString(*pjParam).c_str());
     if (isDuplicateKey(m_strSqlErr))
         m_strErrMsg = kDuplicateKey;
     return -1;
@@ -709,7 +760,7 @@ int VornJsonDbApi::recList(Json::Value& jRecParam, Json::Value& jRecArrayOut)
         return 0;
 
     VORN_TRACE("jRecParam=%s", toString(jRecParam).c_str());
-    traceSqlError(m_strSqlErr, strSqlRun);
+    VORN_TRACE_SQL_ERROR(strSqlRun);
     return -1;
 }
 
@@ -720,7 +771,9 @@ int VornJsonDbApi::recGetOne(Json::Value& jRecParam, Json::Value& jRecOut)
         return -1;
     if (jRecArray.empty())
         return 0;
-    if (VORN_FAILED(0 > jsonCopyMember(jRecOut, jRecArray[0], true)))
+    if (jRecOut.isNull() && !jRecArray[0].empty())
+        jRecOut.swapPayload(jRecArray[0]);
+    else if (VORN_FAILED(0 > jsonCopyMember(jRecOut, jRecArray[0], true)))
         return -1;
     return 1;
 }
@@ -763,7 +816,7 @@ int VornJsonDbApi::recUpdateByWhere(Json::Value& jRecIn, std::string& strSqlWher
         return 0;
 
     VORN_TRACE("jRecIn=%s", toString(jRecIn).c_str());
-    traceSqlError(m_strSqlErr, strSql);
+    VORN_TRACE_SQL_ERROR(strSql);
     return -1;
 }
 
@@ -817,7 +870,7 @@ int VornJsonDbApi::recDelete(Json::Value& jRecParam, bool blAllowAll)
         return err;
     }
 
-    traceSqlError(m_strSqlErr, strSqlRun);
+    VORN_TRACE_SQL_ERROR(strSqlRun);
     return -1;
 }
 
@@ -829,12 +882,21 @@ int VornJsonDbApi::recDeleteAll()
 
 int VornJsonDbApi::recDeleteByArray(std::vector<std::string>& strVector, const char* szKey)
 {
-    Json::Value jParam(Json::objectValue);
-    Json::Value& jType = recType(m_jTableDef, m_strName);
     int err = -1;
-    if (!VORN_FAILED(0 >= strVector.size()) && !VORN_FAILED(!szKey || !szKey[0]) &&
-        !VORN_FAILED(!jType.isMember(szKey)) && !VORN_FAILED(jType[szKey]["cpptype"].asString() != "string") &&
-        !VORN_FAILED(0 > VectorParamToJson(strVector, szKey, jParam)) && !VORN_FAILED(0 > (err = recDelete(jParam))))
+    const auto deleted = [&]
+    {
+        Json::Value jParam(Json::objectValue);
+        TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
+        if (VORN_FAILED(0 >= strVector.size()) || VORN_FAILED(!szKey || !szKey[0]))
+            return false;
+        std::size_t expected = 0;
+        const TypeMember* pMember = typeMap.find(szKey, expected);
+        return !VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(szKey)") &&
+               !VORN_FAILED_AS(pMember->type != CppType::String, R"(jType[szKey]["cpptype"].asString() != "string")") &&
+               !VORN_FAILED(0 > VectorParamToJson(strVector, szKey, jParam)) &&
+               !VORN_FAILED(0 > (err = recDelete(jParam)));
+    };
+    if (deleted())
         return err;
 
     std::string strItems;
@@ -850,15 +912,20 @@ int VornJsonDbApi::recDeleteByArray(std::vector<std::string>& strVector, const c
 
 int VornJsonDbApi::recDeleteByName(std::string& strValue, const char* szKey)
 {
-    std::vector<std::string> strVector;
-    Json::Value& jType = recType(m_jTableDef, m_strName);
     int err = -1;
-    if (!VORN_FAILED(strValue.empty()) && !VORN_FAILED(!szKey || !szKey[0]) && !VORN_FAILED(!jType.isMember(szKey)))
+    const auto deleted = [&]
     {
-        strVector.push_back(strValue);
-        if (!VORN_FAILED(0 > (err = recDeleteByArray(strVector, szKey))))
-            return err;
-    }
+        TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
+        if (VORN_FAILED(strValue.empty()) || VORN_FAILED(!szKey || !szKey[0]))
+            return false;
+        std::size_t expected = 0;
+        if (VORN_FAILED_AS(typeMap.find(szKey, expected) == nullptr, "!jType.isMember(szKey)"))
+            return false;
+        std::vector<std::string> strVector{strValue};
+        return !VORN_FAILED(0 > (err = recDeleteByArray(strVector, szKey)));
+    };
+    if (deleted())
+        return err;
 
     VORN_TRACE("recDeleteByName failed, name=%s, strValue=%s", szKey, strValue.c_str());
     return -1;

@@ -2,14 +2,25 @@
 
 #include "json_reader.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstring>
 #include <string>
+#include <string_view>
+
+#include "json_members.h"
 
 namespace
 {
 
 constexpr int kMaxDepth = 32;
+
+// Sets the value alone; assigning it would also move the comments that JsonCpp
+// keeps beside every value.
+void set(Json::Value& jValue, Json::Value jNew)
+{
+    jValue.swapPayload(jNew);
+}
 
 class Reader
 {
@@ -23,6 +34,9 @@ public:
         skipSpace();
         return *m_sz == '\0';
     }
+
+    // Whether the value had the shape of the text before it was read.
+    bool fits() const { return m_blFits; }
 
 private:
     void skipSpace()
@@ -60,59 +74,125 @@ private:
             case '"':
                 if (!readString())
                     return false;
-                jValue = Json::Value(m_szBegin, m_szEnd);
+                set(jValue, Json::Value(m_szBegin, m_szEnd));
                 return true;
             case 't':
-                jValue = true;
+                set(jValue, Json::Value(true));
                 return takeWord("true", 4);
             case 'f':
-                jValue = false;
+                set(jValue, Json::Value(false));
                 return takeWord("false", 5);
             case 'n':
-                jValue = Json::Value();
+                set(jValue, Json::Value());
                 return takeWord("null", 4);
             default:
                 return readNumber(jValue);
         }
     }
 
+    // Sets the members in place as long as they come in the order of those that jValue has already.
     bool readObject(Json::Value& jValue, int depth)
     {
         ++m_sz;
-        jValue = Json::Value(Json::objectValue);
-        if (take('}'))
-            return true;
-        do
+        if (!jValue.isObject())
+            setShape(jValue, Json::objectValue);
+        auto it = jValue.begin();
+        auto itEnd = jValue.end();
+        if (!take('}'))
         {
-            skipSpace();
-            if (*m_sz != '"' || !readString())
+            do
+            {
+                skipSpace();
+                if (*m_sz != '"' || !readString())
+                    return false;
+                if (it != itEnd && !isName(it))
+                {
+                    keepUpTo(jValue, it);
+                    it = itEnd = jValue.end();
+                }
+                Json::Value& jMember = it != itEnd ? *it++ : newMember(jValue);
+                if (!take(':') || !readValue(jMember, depth))
+                    return false;
+            } while (take(','));
+            if (!take('}'))
                 return false;
-            Json::Value* pjMember = jValue.demand(m_szBegin, m_szEnd);
-            if (!take(':') || !readValue(*pjMember, depth))
-                return false;
-        } while (take(','));
-        return take('}');
+        }
+        if (it != itEnd)
+            keepUpTo(jValue, it);
+        return true;
     }
 
+    // Sets the items in place as far as jValue has them already.
     bool readArray(Json::Value& jValue, int depth)
     {
         ++m_sz;
-        jValue = Json::Value(Json::arrayValue);
-        if (take(']'))
-            return true;
-        do
+        if (!jValue.isArray())
+            setShape(jValue, Json::arrayValue);
+        auto it = jValue.begin();
+        const auto itEnd = jValue.end();
+        Json::ArrayIndex size = 0;
+        if (!take(']'))
         {
-            if (!readValue(jValue.append(Json::Value()), depth))
+            do
+            {
+                Json::Value& jItem = it != itEnd ? *it++ : newItem(jValue);
+                ++size;
+                if (!readValue(jItem, depth))
+                    return false;
+            } while (take(','));
+            if (!take(']'))
                 return false;
-        } while (take(','));
-        return take(']');
+        }
+        if (it != itEnd)
+        {
+            m_blFits = false;
+            jValue.resize(size);
+        }
+        return true;
     }
 
-    // Reads the string at '"'; its characters are then from m_szBegin to m_szEnd, until the next string is read.
+    bool isName(const Json::ValueIterator& it) const
+    {
+        return nameOf(it) == std::string_view(m_szBegin, static_cast<std::size_t>(m_szEnd - m_szBegin));
+    }
+
+    void setShape(Json::Value& jValue, Json::ValueType type)
+    {
+        m_blFits = false;
+        set(jValue, Json::Value(type));
+    }
+
+    Json::Value& newMember(Json::Value& jObject)
+    {
+        m_blFits = false;
+        return *jObject.demand(m_szBegin, m_szEnd);
+    }
+
+    Json::Value& newItem(Json::Value& jArray)
+    {
+        m_blFits = false;
+        return jArray.append(Json::Value());
+    }
+
+    // Drops the members from itEnd on, which the text does not have.
+    void keepUpTo(Json::Value& jObject, const Json::ValueIterator& itEnd)
+    {
+        m_blFits = false;
+        Json::Value jKept(Json::objectValue);
+        for (auto it = jObject.begin(); it != itEnd; ++it)
+        {
+            const std::string_view name = nameOf(it);
+            jKept.demand(name.data(), name.data() + name.size())->swapPayload(*it);
+        }
+        jObject.swapPayload(jKept);
+    }
+
+    // Reads the string at '"'; its characters are then from m_szBegin to m_szEnd,
+    // until the next string is read.
     bool readString()
     {
         m_szBegin = ++m_sz;
-        m_sz += std::strcspn(m_sz, "\"\\");
+        skipCharacters();
         if (*m_sz == '"')
         {
             m_szEnd = m_sz++;
@@ -128,9 +208,9 @@ private:
                 return false;
             m_strUnescaped += kCharacters[szEscape - kEscapes];
             m_sz += 2;
-            const std::size_t length = std::strcspn(m_sz, "\"\\");
-            m_strUnescaped.append(m_sz, length);
-            m_sz += length;
+            const char* szNext = m_sz;
+            skipCharacters();
+            m_strUnescaped.append(szNext, m_sz);
         }
         if (*m_sz != '"')
             return false;
@@ -138,6 +218,12 @@ private:
         m_szBegin = m_strUnescaped.data();
         m_szEnd = m_szBegin + m_strUnescaped.size();
         return true;
+    }
+
+    void skipCharacters()
+    {
+        while (*m_sz != '"' && *m_sz != '\\' && *m_sz != '\0')
+            ++m_sz;
     }
 
     bool readNumber(Json::Value& jValue)
@@ -156,7 +242,7 @@ private:
             return false;
         if (*m_sz != '.')
         {
-            jValue = blNegative ? -iValue : iValue;
+            set(jValue, Json::Value(blNegative ? -iValue : iValue));
             return !isDigit(*m_sz) && *m_sz != 'e' && *m_sz != 'E';
         }
 
@@ -167,7 +253,7 @@ private:
         if (m_sz == szFraction || *m_sz == 'e' || *m_sz == 'E' ||
             std::from_chars(szStart, m_sz, dValue).ec != std::errc())
             return false;
-        jValue = dValue;
+        set(jValue, Json::Value(dValue));
         return true;
     }
 
@@ -177,11 +263,39 @@ private:
     const char* m_szBegin = nullptr;
     const char* m_szEnd = nullptr;
     std::string m_strUnescaped;
+    bool m_blFits = true;
 };
+
+// Replaces everything but objects and arrays by null.
+void reduceToShape(Json::Value& jValue)
+{
+    if (jValue.isObject() || jValue.isArray())
+        for (Json::Value& jInner : jValue)
+            reduceToShape(jInner);
+    else
+        set(jValue, Json::Value());
+}
 
 }  // namespace
 
-bool readPlainJson(const char* szText, Json::Value& jValue)
+bool JsonReader::read(const char* szText, Json::Value& jValue)
 {
-    return Reader(szText).readAll(jValue);
+    constexpr int kMaxTrust = 16;
+
+    const bool blTryShape = m_iTrust > -kMaxTrust;
+    set(jValue, blTryShape ? m_jShape : Json::Value());
+    Reader reader(szText);
+    if (!reader.readAll(jValue))
+        return false;
+    if (blTryShape && reader.fits())
+    {
+        m_iTrust = std::min(m_iTrust + 1, kMaxTrust);
+    }
+    else if (blTryShape)
+    {
+        m_iTrust -= 2;
+        m_jShape = jValue;
+        reduceToShape(m_jShape);
+    }
+    return true;
 }

@@ -1,15 +1,31 @@
 // SPDX-License-Identifier: MIT
 //
-// Reads the JSON texts that toString() writes, and most others, faster than JsonCpp's reader does.
+// Reads the JSON texts that toString() writes, and most others, faster than
+// JsonCpp's reader does.
 
 #ifndef VORN_JSON_READER_H
 #define VORN_JSON_READER_H
 
 #include <json/json.h>
 
-// Sets jValue to the value of the text and returns true, or returns false (jValue is then incomplete) where the text
-// needs JsonCpp's reader: what is not strict JSON, "\u" escapes, numbers that need more than 18 digits or an exponent,
-// texts nested deeper than 32 levels. Where it returns true, the value is the one that JsonCpp's reader gives.
-bool readPlainJson(const char* szText, Json::Value& jValue);
+// Reads the texts of one column, one after the other.
+class JsonReader
+{
+public:
+    // Sets jValue to the value of the text and returns true, or returns false
+    // (jValue is then incomplete) where the text needs JsonCpp's reader: what is
+    // not strict JSON, "\u" escapes, numbers with more than 18 digits or an
+    // exponent, texts nested deeper than 32 levels. Where it returns true, the
+    // value is the one that JsonCpp's reader gives.
+    bool read(const char* szText, Json::Value& jValue);
+
+private:
+    // The last value with null for everything but objects and arrays. The texts
+    // of a column mostly have the same members, and copying an object is far
+    // cheaper than entering them again.
+    Json::Value m_jShape;
+    int m_iTrust = 0;  // falls with every text of another shape, until shapes are
+                       // no longer tried
+};
 
 #endif  // VORN_JSON_READER_H

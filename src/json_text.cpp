@@ -2,66 +2,136 @@
 
 #include "json_text.h"
 
+#include <cmath>
 #include <cstring>
 #include <memory>
-#include <ostream>
-#include <streambuf>
+#include <string_view>
 
-#include "json_reader.h"
+#include "json_members.h"
 
 namespace
 {
 
-// Appends what is written to it to a string.
-class StringSink : public std::streambuf
+void appendQuoted(std::string& strOut, std::string_view text)
 {
-public:
-    std::string strText;
+    static constexpr char kHexDigits[] = "0123456789abcdef";
 
-protected:
-    int_type overflow(int_type c) override
+    strOut += '"';
+    const char* const szEnd = text.data() + text.size();
+    const char* szPlain = text.data();  // characters from here on are written as they are
+    for (const char* sz = szPlain; sz != szEnd; ++sz)
     {
-        if (!traits_type::eq_int_type(c, traits_type::eof()))
-            strText.push_back(traits_type::to_char_type(c));
-        return traits_type::not_eof(c);
+        const auto c = static_cast<unsigned char>(*sz);
+        if (c >= ' ' && c != '"' && c != '\\')
+            continue;
+        strOut.append(szPlain, sz);
+        szPlain = sz + 1;
+        strOut += '\\';
+        switch (c)
+        {
+            case '\b':
+                strOut += 'b';
+                break;
+            case '\f':
+                strOut += 'f';
+                break;
+            case '\n':
+                strOut += 'n';
+                break;
+            case '\r':
+                strOut += 'r';
+                break;
+            case '\t':
+                strOut += 't';
+                break;
+            case '"':
+            case '\\':
+                strOut += *sz;
+                break;
+            default:
+                strOut += "u00";
+                strOut += kHexDigits[c >> 4];
+                strOut += kHexDigits[c & 15];
+                break;
+        }
     }
+    strOut.append(szPlain, szEnd);
+    strOut += '"';
+}
 
-    std::streamsize xsputn(const char* sz, std::streamsize n) override
-    {
-        strText.append(sz, static_cast<std::size_t>(n));
-        return n;
-    }
-};
-
-// JsonCpp's writer and the stream that it writes to, built once: building them costs more than most values do.
-class Writer
+void appendReal(std::string& strOut, double dValue)
 {
-public:
-    Writer() : m_stream(&m_sink)
-    {
-        Json::StreamWriterBuilder builder;
-        builder["indentation"] = "";
-        builder["commentStyle"] = "None";
-        builder["emitUTF8"] = true;
-        builder["useSpecialFloats"] = true;
-        builder["precision"] = 17;
-        m_writer.reset(builder.newStreamWriter());
-        m_stream.exceptions(std::ios::badbit);  // a stream swallows exceptions otherwise, and the text would be cut
-    }
+    constexpr unsigned kSignificantDigits = 17;
+    if (std::isnan(dValue))
+        strOut += "NaN";
+    else if (std::isinf(dValue))
+        strOut += dValue < 0 ? "-Infinity" : "Infinity";
+    else
+        strOut += Json::valueToString(dValue, kSignificantDigits, Json::PrecisionType::significantDigits);
+}
 
-    std::string write(const Json::Value& jValue)
+void append(std::string& strOut, const Json::Value& jValue)
+{
+    switch (jValue.type())
     {
-        m_stream.clear();
-        m_sink.strText.clear();
-        m_writer->write(jValue, &m_stream);
-        return m_sink.strText;
+        case Json::nullValue:
+            strOut += "null";
+            break;
+        case Json::intValue:
+            strOut += std::to_string(jValue.asLargestInt());
+            break;
+        case Json::uintValue:
+            strOut += std::to_string(jValue.asLargestUInt());
+            break;
+        case Json::realValue:
+            appendReal(strOut, jValue.asDouble());
+            break;
+        case Json::stringValue:
+        {
+            const char* szBegin = "";
+            const char* szEnd = szBegin;
+            jValue.getString(&szBegin, &szEnd);
+            appendQuoted(strOut, {szBegin, static_cast<std::size_t>(szEnd - szBegin)});
+            break;
+        }
+        case Json::booleanValue:
+            strOut += jValue.asBool() ? "true" : "false";
+            break;
+        case Json::arrayValue:
+        {
+            char separator = '[';
+            Json::ArrayIndex next = 0;
+            for (auto it = jValue.begin(); it != jValue.end(); ++it, ++next)
+            {
+                for (; next < it.index(); ++next)  // items that were never set
+                {
+                    strOut += separator;
+                    strOut += "null";
+                    separator = ',';
+                }
+                strOut += separator;
+                append(strOut, *it);
+                separator = ',';
+            }
+            strOut += separator == '[' ? "[]" : "]";
+            break;
+        }
+        case Json::objectValue:
+        {
+            char separator = '{';
+            for (auto it = jValue.begin(); it != jValue.end(); ++it)
+            {
+                strOut += separator;
+                appendQuoted(strOut, nameOf(it));
+                strOut += ':';
+                append(strOut, *it);
+                separator = ',';
+            }
+            strOut += separator == '{' ? "{}" : "}";
+            break;
+        }
     }
-
-private:
-    StringSink m_sink;
-    std::ostream m_stream;
-    std::unique_ptr<Json::StreamWriter> m_writer;
-};
+}
 
 std::unique_ptr<Json::CharReader> makeReader()
 {
@@ -75,24 +145,28 @@ std::unique_ptr<Json::CharReader> makeReader()
 
 std::string toString(const Json::Value& jValue)
 {
-    static Writer writer;
-    return writer.write(jValue);
+    std::string strText;
+    append(strText, jValue);
+    return strText;
 }
 
-Json::Value fromString(const char* szText)
+Json::Value fromString(const char* szText, JsonReader& reader)
 {
     Json::Value jValue;
-    if (readPlainJson(szText, jValue))
+    if (reader.read(szText, jValue))
         return jValue;
 
-    static const std::unique_ptr<Json::CharReader> reader = makeReader();
+    static const std::unique_ptr<Json::CharReader> anyReader = makeReader();
     try
     {
-        if (!reader->parse(szText, szText + std::strlen(szText), &jValue, nullptr))
+        if (!anyReader->parse(szText, szText + std::strlen(szText), &jValue, nullptr))
             jValue = Json::Value();  // a failed parse leaves what it had read so far
     }
-    catch (const Json::Exception&)  // nested too deep
+    catch (const Json::RuntimeError& error)
     {
+        // JsonCpp raises the same kind of error where memory runs out, which is no fault of the text.
+        if (std::strstr(error.what(), "stackLimit") == nullptr)
+            throw;
         jValue = Json::Value();
     }
     return jValue;

@@ -9,22 +9,30 @@
 
 #include "VornJsonDbApi.h"
 
-TypeMap::TypeMap(const Json::Value& jType)
+namespace
 {
-    m_members.reserve(jType.size());
+
+std::vector<TypeMember> membersOf(const Json::Value& jType)
+{
+    std::vector<TypeMember> members;
+    members.reserve(jType.size());
     for (auto it = jType.begin(); it != jType.end(); ++it)
     {
         const Json::Value& jMember = *it;
         std::string strTypeName = jMember["cpptype"].asString();
         const CppType type = cppTypeOf(strTypeName);
-        m_members.push_back(
-            {it.name(), std::move(strTypeName), type, jMember.isMember("cppDefaultValue"), jMember["cppDefaultValue"]});
+        members.push_back({it.name(), std::move(strTypeName), type, jMember.isMember("cppDefaultValue"),
+                           jMember["cppDefaultValue"], JsonReader()});
     }
+    return members;
 }
 
-const TypeMember* TypeMap::find(const char* szName, std::size_t length, std::size_t& expected) const
+}  // namespace
+
+TypeMap::TypeMap(const Json::Value& jType) : m_members(membersOf(jType)), m_prototype(m_members) {}
+
+TypeMember* TypeMap::find(std::string_view name, std::size_t& expected)
 {
-    const std::string_view name(szName, length);
     auto it = m_members.begin() + static_cast<std::ptrdiff_t>(std::min(expected, m_members.size()));
     if (it == m_members.end() || it->strName != name)
     {
@@ -38,10 +46,10 @@ const TypeMember* TypeMap::find(const char* szName, std::size_t length, std::siz
     return &*it;
 }
 
-const TypeMap& typeMapOf(Json::Value& jTableDef, std::string& strName)
+TypeMap& typeMapOf(Json::Value& jTableDef, std::string& strName)
 {
     static auto& typeMaps = *new std::map<std::string, TypeMap>;
-    static const TypeMap kNoMembers;
+    static TypeMap noMembers{Json::Value()};
 
     const auto it = typeMaps.find(strName);
     if (it != typeMaps.end())
@@ -49,6 +57,6 @@ const TypeMap& typeMapOf(Json::Value& jTableDef, std::string& strName)
 
     const Json::Value& jType = VORN_JSON_DB::recType(jTableDef, strName);
     if (!jType.isObject())
-        return kNoMembers;
+        return noMembers;
     return typeMaps.emplace(strName, TypeMap(jType)).first->second;
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// A table's type map in the form that the library works with: members in order of their names, types as CppType.
+// A table's type map in the form that the library works with: members in order
+// of their names, types as CppType.
 
 #ifndef VORN_TYPE_MAP_H
 #define VORN_TYPE_MAP_H
@@ -8,9 +9,12 @@
 #include <json/json.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "cpp_type.h"
+#include "json_reader.h"
+#include "record_prototype.h"
 
 struct TypeMember
 {
@@ -19,27 +23,37 @@ struct TypeMember
     CppType type;
     bool blHasDefault;
     Json::Value jDefault;
+    JsonReader reader;  // of the column, where its type is a JSON type
 };
 
 class TypeMap
 {
 public:
-    TypeMap() = default;
     explicit TypeMap(const Json::Value& jType);  // a type map as VORN_JSON_DB::recType() gives it
 
-    const std::vector<TypeMember>& members() const { return m_members; }
+    std::vector<TypeMember>& members() { return m_members; }
 
-    // The member of that name, or null. Names mostly arrive in order: expected, where the last search ended, is tried
-    // first and moved behind the member found.
-    const TypeMember* find(const char* szName, std::size_t length, std::size_t& expected) const;
+    // The member of that name, or null. Names mostly arrive in order: expected,
+    // where the last search ended, is tried first and moved behind the member
+    // found.
+    TypeMember* find(std::string_view name, std::size_t& expected);
+
+    // See RecordPrototype::fill().
+    bool fillRecord(int n_column, char** column_value, char** column_name, Json::Value& jRec)
+    {
+        return m_prototype.fill(m_members, n_column, column_value, column_name, jRec);
+    }
 
 private:
     std::vector<TypeMember> m_members;
+    RecordPrototype m_prototype;
 };
 
-// The type map of the table, built from recType() when the table is first asked for. Where recType() fails, and has
-// logged why, it has no members, and the next call asks recType() again. Maps live as long as the process and are never
-// freed: records that callers hold may use their member names as static keys.
-const TypeMap& typeMapOf(Json::Value& jTableDef, std::string& strName);
+// The type map of the table, built from recType() when the table is first asked
+// for. Where recType() fails, and has logged why, it has no members, and the
+// next call asks recType() again. Maps live as long as the process and are
+// never freed: records that callers hold may use their member names as static
+// keys.
+TypeMap& typeMapOf(Json::Value& jTableDef, std::string& strName);
 
 #endif  // VORN_TYPE_MAP_H

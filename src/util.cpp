@@ -20,7 +20,26 @@ Json::Value& typeMapCache()
     return jType;
 }
 
-// Enters the type map of the table into the cache; a member without a usable type ends it after the members before it.
+// Adds the type map's entry for every member of the definition. False at a member without a usable type.
+bool readMembers(Json::Value& jTableDef, std::string& strJsonName, Json::Value& jMembers)
+{
+    for (const std::string& strKey : jTableDef[strJsonName]["member"].getMemberNames())
+    {
+        if (VORN_FAILED(!jTableDef[strJsonName]["member"][strKey].isMember("cpptype")) ||
+            VORN_FAILED(!jTableDef[strJsonName]["member"][strKey]["cpptype"].isString()))
+            return false;
+        const Json::Value& jDefined = jTableDef[strJsonName]["member"][strKey];
+        Json::Value jMember(Json::objectValue);
+        jMember["cpptype"] = jDefined["cpptype"];
+        if (jDefined.isMember("cppDefaultValue"))
+            jMember["cppDefaultValue"] = jDefined["cppDefaultValue"];
+        jMembers[strKey].swap(jMember);
+    }
+    return true;
+}
+
+// Enters the type map of the table into the cache, in one step: a map cut short by lack of memory would stay for the
+// life of the process. A bad definition is entered as far as it goes.
 bool enterTypeMap(Json::Value& jTableDef, std::string& strJsonName, Json::Value& jType)
 {
     if (VORN_FAILED(jTableDef.empty()) || VORN_FAILED(!jTableDef.isMember(strJsonName)) ||
@@ -28,25 +47,23 @@ bool enterTypeMap(Json::Value& jTableDef, std::string& strJsonName, Json::Value&
         VORN_FAILED(!jTableDef[strJsonName]["member"].isObject()) || VORN_FAILED(strJsonName.empty()))
         return false;
 
-    bool blDone = true;
-    Json::Value jMembers;  // entered at once, so that an exception leaves no partial map behind
-    for (const std::string& strKey : jTableDef[strJsonName]["member"].getMemberNames())
+    Json::Value jMembers;
+    const auto enter = [&]
     {
-        if (VORN_FAILED(!jTableDef[strJsonName]["member"][strKey].isMember("cpptype")) ||
-            VORN_FAILED(!jTableDef[strJsonName]["member"][strKey]["cpptype"].isString()))
-        {
-            blDone = false;
-            break;
-        }
-        const Json::Value& jDefined = jTableDef[strJsonName]["member"][strKey];
-        Json::Value& jMember = jMembers[strKey] = Json::Value(Json::objectValue);
-        jMember["cpptype"] = jDefined["cpptype"];
-        if (jDefined.isMember("cppDefaultValue"))
-            jMember["cppDefaultValue"] = jDefined["cppDefaultValue"];
+        if (!jMembers.isNull())
+            jType[strJsonName].swap(jMembers);
+    };
+    try
+    {
+        const bool blDone = readMembers(jTableDef, strJsonName, jMembers);
+        enter();
+        return blDone;
     }
-    if (!jMembers.isNull())
-        jType[strJsonName].swap(jMembers);
-    return blDone;
+    catch (const Json::LogicError&)  // a member's entry is of another kind
+    {
+        enter();
+        throw;
+    }
 }
 
 bool formatTime(const struct tm& sTime, int iType, std::string& strOut)
@@ -83,13 +100,11 @@ namespace VORN_JSON_DB
 Json::Value& recType(Json::Value& jTableDef, std::string& strJsonName)
 {
     Json::Value& jType = typeMapCache();
-    const bool blKnown = jType.isMember(strJsonName);
-    if (blKnown || enterTypeMap(jTableDef, strJsonName, jType))
-    {
-        if (!VORN_FAILED(jType == Json::nullValue || !jType.isMember(strJsonName)) &&
-            !VORN_FAILED(jType[strJsonName].type() != Json::objectValue))
-            return jType[strJsonName];
-    }
+    if ((jType.isMember(strJsonName) || (enterTypeMap(jTableDef, strJsonName, jType) &&
+                                         !VORN_FAILED(jType == Json::nullValue || !jType.isMember(strJsonName)))) &&
+        !VORN_FAILED(jType[strJsonName].type() != Json::objectValue))
+        return jType[strJsonName];
+
     VORN_TRACE("strJsonName=%s", strJsonName.c_str());
     VORN_TRACE("jTableDef=%s", toString(jTableDef).c_str());
     VORN_TRACE("jType=%s", toString(jType).c_str());

@@ -5,7 +5,6 @@
 #include <cstdint>
 #include <cstring>
 #include <stdexcept>
-#include <string_view>
 
 #include "sqlite_text.h"
 
@@ -14,7 +13,7 @@ namespace
 
 bool isPlain(const std::string& strText)
 {
-    return strText.find_first_of(std::string_view("%\0", 2)) == std::string::npos;
+    return strText.find('%') == std::string::npos && strText.find('\0') == std::string::npos;
 }
 
 // A result of SQLite's formatter as text; the error is the one that constructing a std::string from null raises.
