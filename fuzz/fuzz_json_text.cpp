@@ -1,15 +1,17 @@
 // SPDX-License-Identifier: MIT
 //
 // Any text, read by the library and by JsonCpp's own reader with the same settings: both accept it or both refuse it,
-// and give the same value down to the kind of every number. What was read is written as JsonCpp writes it, and comes
-// back without loss.
+// and give the same value down to the kind of every number, whatever the reader has read before. What was read is
+// written as JsonCpp writes it, and comes back without loss.
 
 #include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <cstring>
+#include <sstream>
 #include <string>
+#include <vector>
 
 #include "check.h"
 #include "json_text.h"
@@ -17,6 +19,16 @@
 
 namespace
 {
+
+// Reads the text as the first and as the second of a column, which remembers the shape of the one before.
+Json::Value readTwice(const std::string& strText)
+{
+    JsonReader reader;
+    const Json::Value jFirst = fromString(strText.c_str(), reader);
+    Json::Value jSecond = fromString(strText.c_str(), reader);
+    FUZZ_CHECK(fuzz::identical(jFirst, jSecond), "read otherwise the second time: <" + strText + ">");
+    return jSecond;
+}
 
 // JsonCpp's reader refuses deeper texts, which its writer may well have written.
 constexpr int kDeepest = 990;
@@ -29,12 +41,21 @@ void checkValue(const Json::Value& jValue, bool blIdentical = true)
     const std::string strReference = fuzz::writeReference(jValue);
     FUZZ_CHECK(strText == strReference, "written <" + strText + ">, by JsonCpp <" + strReference + ">");
 
-    const Json::Value jAgain = fromString(strText.c_str(), reader);
+    const Json::Value jAgain = readTwice(strText);
     FUZZ_CHECK(fuzz::identical(jAgain, fuzz::readReference(strText)), "not read like JsonCpp: <" + strText + ">");
     if (fuzz::depthOf(jValue) > kDeepest)
         return;
     FUZZ_CHECK(toString(jAgain) == strText, "<" + strText + "> is not stable");
     FUZZ_CHECK(!blIdentical || fuzz::identical(jAgain, jValue), "<" + strText + "> came back as another value");
+}
+
+std::vector<std::string> linesOf(const std::string& strText)
+{
+    std::vector<std::string> lines;
+    std::istringstream stream(strText);
+    for (std::string strLine; std::getline(stream, strLine);)
+        lines.push_back(strLine);
+    return lines;
 }
 
 template <typename Number>
@@ -51,10 +72,20 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
 {
     const std::string strText(reinterpret_cast<const char*>(data), size);
     const Json::Value jExpected = fuzz::readReference(strText);
-    const Json::Value jValue = fromString(strText.c_str(), reader);
+    const Json::Value jValue = readTwice(strText);
     FUZZ_CHECK(fuzz::identical(jValue, jExpected),
                "read as <" + toString(jValue) + ">, by JsonCpp as <" + fuzz::writeReference(jExpected) + ">");
     checkValue(jValue);
+
+    // Its lines as the texts of one column, some of them again: each is read into the shape of the one before.
+    JsonReader reader;
+    const std::vector<std::string> lines = linesOf(strText);
+    for (std::size_t i = 0; i < 2 * lines.size(); ++i)
+    {
+        const std::string& strLine = lines[i * 7 % lines.size()];
+        FUZZ_CHECK(fuzz::identical(fromString(strLine.c_str(), reader), fuzz::readReference(strLine)),
+                   "not read like JsonCpp into another shape: <" + strLine + ">");
+    }
 
     // The same bytes as values that need not come from a text: NUL characters and broken UTF-8 in strings and names,
     // any bits in numbers.
