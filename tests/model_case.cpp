@@ -201,22 +201,37 @@ Json::Value randomMembers(Random& random)
     return members;
 }
 
+// Columns stand in any order; now and then the table has one that is not declared, or lacks one that is.
 std::string randomCreateStatement(Random& random, const std::string& table, const Columns& columns)
 {
     const char* const affinities[] = {"", "", " TEXT", " INTEGER", " REAL", " BLOB"};
     const char* const constraints[] = {" UNIQUE", " PRIMARY KEY", " NOT NULL", " DEFAULT 7",
                                        " UNIQUE ON CONFLICT IGNORE"};
+    std::vector<std::string> written;
     bool hasKey = false;
-    std::string out;
     for (const auto& [name, type] : columns)
     {
-        out += (out.empty() ? "" : ",") + name + random.from(affinities);
+        if (columns.size() > 1 && random.oneIn(60))
+        {
+            continue;
+        }
+        std::string column = name + random.from(affinities);
         const std::size_t constraint = random.below(4 * std::size(constraints));
         if (constraint < std::size(constraints) && !(constraint == 1 && hasKey))
         {
-            out += constraints[constraint];
+            column += constraints[constraint];
             hasKey = hasKey || constraint == 1;
         }
+        written.insert(written.begin() + static_cast<std::ptrdiff_t>(random.below(written.size() + 1)), column);
+    }
+    if (written.empty() || random.oneIn(30))
+    {
+        written.emplace_back("undeclared");
+    }
+    std::string out;
+    for (const std::string& column : written)
+    {
+        out += (out.empty() ? "" : ",") + column;
     }
     return "CREATE TABLE IF NOT EXISTS " + table + " (" + out + ")";
 }
@@ -312,6 +327,17 @@ std::string randomStringName(Random& random, const Columns& columns)
     return randomName(random, columns);
 }
 
+// A query of some columns in any order, one of them perhaps twice.
+std::string randomQuery(Random& random, const std::string& table, const Columns& columns)
+{
+    std::string out;
+    for (std::size_t count = 1 + random.below(columns.size() + 1); count > 0; count--)
+    {
+        out += (out.empty() ? "" : ",") + randomName(random, columns);
+    }
+    return "select " + out + " from " + table + (random.oneIn(3) ? "" : ";select " + out + " from " + table);
+}
+
 Step randomStep(Random& random, Call call, const Columns& columns)
 {
     Step step{call, {}, {}, {}, {}, {}, 0, false};
@@ -349,6 +375,8 @@ Step randomStep(Random& random, Call call, const Columns& columns)
         case Call::MemberList:
             step.first = randomParam(random, columns);
             step.number = static_cast<int>(random.below(4));
+            break;
+        case Call::Query:  // see randomCase()
             break;
         case Call::UpdateByFilter:
             step.first = randomParam(random, columns);
@@ -406,6 +434,9 @@ Case randomCase(std::uint64_t seed, std::uint64_t index)
     {
         out.steps.push_back(randomStep(random, random.oneIn(2) ? Call::Create : Call::Save, columns));
     }
+    Step query = randomStep(random, Call::Query, columns);
+    query.text = randomQuery(random, out.table, columns);
+    out.steps.push_back(query);
     for (int i = 0; i < 2; i++)
     {
         out.steps.push_back(randomStep(random, random.from(reads), columns));

@@ -25,6 +25,7 @@ enum class Call
     SortAndPage,
     CheckTypes,
     FillDefaults,
+    Query,
     Create,
     Save,
     List,

@@ -89,6 +89,9 @@ std::string cppCall(const Step& step)
             return setFirst(step) + "    api.checkJsonType(first);\n";
         case Call::FillDefaults:
             return setFirst(step) + "    api.fillDefaultValue(first, false);\n";
+        case Call::Query:
+            return setText(step) + "    second = Json::Value();\n" +
+                   "    api.runSqlEx(text, VornJsonDbApi::DbCallBackFillList, &second);\n";
         case Call::Create:
             return setFirst(step) + "    api.recCreate(first, second);\n";
         case Call::Save:

@@ -316,6 +316,15 @@ TEST_F(Conditions, WithoutMemoryAListFailsWithTheLineOfItsKind)
     EXPECT_EQ("before ", out);
 }
 
+TEST_F(Conditions, ItemsThatWereNeverSetAreNull)
+{
+    Json::Value sparse;
+    sparse[2] = 1;
+    std::string name = "tags";
+    EXPECT_EQ(0, store->SqlMakeByMatchField(name, sparse, out));
+    EXPECT_EQ("before tags='[null,null,1]'", out);
+}
+
 TEST_F(Conditions, NameMayStandInTheOutputItself)
 {
     std::string text = "a_column_whose_name_is_longer_than_a_short_string";

@@ -105,6 +105,8 @@ int expectedStatus(model::Table& table, const model::Step& step, Outcome& out)
         case Call::FillDefaults:
             out.first = model::withDefaults(table.definition(), table.name(), out.first);
             return 0;
+        case Call::Query:
+            return table.run(out.text, &out.second);
         case Call::Create:
             return table.create(out.first, out.second);
         case Call::Save:
@@ -151,6 +153,8 @@ int libraryStatus(VornJsonDbApi& api, const model::Step& step, Outcome& out)
             return api.checkJsonType(out.first);
         case Call::FillDefaults:
             return api.fillDefaultValue(out.first, false);
+        case Call::Query:
+            return api.runSqlEx(out.text, VornJsonDbApi::DbCallBackFillList, &out.second);
         case Call::Create:
             return api.recCreate(out.first, out.second);
         case Call::Save:
