@@ -60,3 +60,27 @@ armhf_cmake()
     output=$(cmake -G Ninja -B "$folder" -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/armhf.toolchain.cmake" "$@" 2>&1) || die "$output"
     cmake --build "$folder" --parallel "$jobs"
 }
+
+# armhf_dpkg FOLDER: unpacks the libraries that ours needs into FOLDER and describes them to dpkg in FOLDER/db, from
+# which DPKG_ADMINDIR lets it work out what a package for armhf depends on.
+armhf_dpkg()
+{
+    local folder=$1 package deb part
+    local packages=(libc6 libgcc-s1 libjsoncpp25 libsqlite3-0 libstdc++6)
+    armhf_unpack "$folder" "${packages[@]}"
+    mkdir -p "$folder/db/info" "$folder/db/updates"
+    printf '%s\n' amd64 armhf >"$folder/db/arch"
+    echo 1 >"$folder/db/info/format"
+    for package in "${packages[@]}"; do
+        deb=$(echo build/arm/packages/"${package}"_*.deb)
+        dpkg-deb --field "$deb" | sed '1a Status: install ok installed'
+        echo
+        for part in symbols shlibs; do
+            if dpkg-deb --ctrl-tarfile "$deb" | tar --list | grep -qx "./$part"; then
+                dpkg-deb --info "$deb" "$part" >"$folder/db/info/$package:armhf.$part"
+            fi
+        done
+        dpkg-deb --fsys-tarfile "$deb" | tar --list | sed -e "s|^\.|$folder|" -e 's|/$||' \
+            >"$folder/db/info/$package:armhf.list"
+    done >"$folder/db/status"
+}

@@ -1,0 +1,63 @@
+# SPDX-License-Identifier: MIT
+# shellcheck shell=bash
+#
+# A new, bare Debian 12 to try things in, for the commands that need one. Sourced after common.sh, by root.
+
+release=bookworm
+
+# debian_sources: "URI SUITE COMPONENT" for each of this machine's own sources of Debian packages.
+debian_sources()
+{
+    local host_release
+    host_release=$(. /etc/os-release && echo "$VERSION_CODENAME")
+    # shellcheck disable=SC2016 # the names are apt's
+    apt-get indextargets --format '$(REPO_URI) $(RELEASE) $(COMPONENT)' 'Created-By: Packages' | sort -u |
+        sed -nE "s/^([^ ]+) $host_release((-updates|-security)? [^ ]+)\$/\1 $release\2/p"
+}
+
+# inside COMMAND...: runs it as root of the new system. The mounts live in a namespace that ends with the command,
+# however that ends.
+inside()
+{
+    # shellcheck disable=SC2016 # expanded by the inner shell
+    unshare --mount --pid --fork --kill-child bash -euc '
+        root=$1
+        shift
+        mount --bind /dev "$root/dev"
+        mount -t proc proc "$root/proc"
+        exec env -i HOME=/root LANG=C.UTF-8 PATH=/usr/sbin:/usr/bin:/sbin:/bin \
+            ${http_proxy:+http_proxy="$http_proxy"} ${https_proxy:+https_proxy="$https_proxy"} \
+            chroot "$root" "$@"' inside "$root" "$@"
+}
+
+# bare_make: makes the system in the folder $root, which is removed when the script ends.
+bare_make()
+{
+    need "${packages_fresh[@]}"
+    root=$(mktemp -d "${TMPDIR:-/tmp}/vornjsondb-fresh.XXXXXX")
+    # Nothing is ever mounted below it here: see inside().
+    trap 'rm -rf --one-file-system "$root"' EXIT
+
+    local sources mirror proxy='' uri suite component
+    sources=$(debian_sources)
+    mirror=$(sed -nE "s/^([^ ]+) $release main\$/\1/p" <<<"$sources" | head -n 1)
+    [ -n "$mirror" ] || die "apt's sources name no Debian archive to make a new system from"
+
+    say "== making a bare Debian 12 in $root"
+    eval "$(apt-config shell proxy Acquire::http::Proxy)"
+    if ! http_proxy=${proxy:-${http_proxy:-}} debootstrap --variant=minbase "$release" "$root" "$mirror" \
+        >"$root.log" 2>&1; then
+        tail -n 20 "$root.log" >&2
+        rm -f "$root.log"
+        die "debootstrap failed"
+    fi
+    rm -f "$root.log"
+
+    # The new system gets its packages the way in which this machine gets its own.
+    while read -r uri suite component; do
+        say "deb $uri $suite $component"
+    done <<<"$sources" >"$root/etc/apt/sources.list"
+    apt-config dump | grep -E '^Acquire::(http|https|Check-Valid-Until|Check-Date|Retries)\b' \
+        >"$root/etc/apt/apt.conf.d/90host" || true
+    cp /etc/hosts "$root/etc/hosts"
+}

@@ -1,0 +1,111 @@
+#!/bin/bash
+# SPDX-License-Identifier: MIT
+# makes and tries the source archive and Debian packages (amd64, armhf); checks the Buildroot and Yocto recipes
+. "$(dirname "$0")/common.sh"
+. tools/armhf.sh
+. tools/bare.sh
+
+[ "$(id -u)" -eq 0 ] || die "trying packages in a new system needs root"
+need "${packages_test[@]}" "${packages_armhf[@]}" debhelper dpkg-dev fakeroot lintian make python3-kconfiglib
+armhf_prepare
+
+version=$(sed -nE 's/^project\(.* VERSION ([0-9.]+).*/\1/p' CMakeLists.txt)
+name=vornjsondb-$version
+revision=$(sed -nE '1s/^vornjsondb \((.*)\) .*/\1/p' packaging/debian/changelog)
+out=$PWD/build/package
+rm -rf "$out"
+mkdir -p "$out"
+
+say "== source archive"
+archive=$out/$name.tar.gz
+if git rev-parse --verify -q HEAD >/dev/null; then
+    [ -z "$(git status --porcelain)" ] || say "Changes that are not committed are left out."
+    git archive --prefix="$name/" HEAD | gzip -9n >"$archive"
+else # itself unpacked from an archive
+    tar --create --exclude=./build --sort=name --owner=0 --group=0 --numeric-owner --transform="s|^\.|$name|" . |
+        gzip -9n >"$archive"
+fi
+sha256=$(sha256sum "$archive" | cut -d ' ' -f 1)
+
+# debian_packages ARCHITECTURE [ARGUMENT OF dpkg-buildpackage...]: builds from what the archive holds, and nothing else.
+debian_packages()
+{
+    local folder=$out/$1 log=$out/$1.log
+    say "== Debian packages for $1"
+    shift
+    mkdir -p "$folder"
+    cp "$archive" "$folder/vornjsondb_$version.orig.tar.gz"
+    tar --extract --file="$archive" --directory="$folder"
+    cp -r "$folder/$name/packaging/debian" "$folder/$name/debian"
+    if ! (cd "$folder/$name" && dpkg-buildpackage -us -uc "$@") >"$log" 2>&1; then
+        tail -n 50 "$log" >&2
+        die "the packages could not be built, see $log"
+    fi
+    lintian --allow-root --fail-on error "$folder"/*.changes
+}
+
+DEB_BUILD_OPTIONS=parallel=$jobs debian_packages amd64
+armhf_dpkg "$out/dpkg"
+DEB_BUILD_OPTIONS="parallel=$jobs nocheck" CMAKE_TOOLCHAIN_FILE=$PWD/cmake/armhf.toolchain.cmake \
+    DPKG_ADMINDIR=$out/dpkg/db LD_LIBRARY_PATH=$out/dpkg/lib/arm-linux-gnueabihf:$out/dpkg/usr/lib/arm-linux-gnueabihf \
+    debian_packages armhf --build=binary --host-arch=armhf --build-profiles=cross,nocheck --no-check-builddeps
+runtime=libvornjsondb7_${revision}_
+development=libvornjsondb-dev_${revision}_
+
+say "== the packages for armhf, unpacked"
+unpacked=$out/unpacked
+for package in "$runtime" "$development"; do
+    dpkg -x "$out/armhf/${package}armhf.deb" "$unpacked"
+done
+libraries=usr/lib/arm-linux-gnueabihf
+[[ $(readelf -h "$unpacked/$libraries/libvornjsondb.so.7") =~ Machine:\ +ARM.*hard-float ]] ||
+    die "the package for armhf holds something else"
+arm-linux-gnueabihf-g++ -std=c++17 -Wno-psabi tests/consumer/host.cpp -o "$out/host-armhf" -isystem "$unpacked/usr/include" \
+    -isystem "$armhf_sysroot/usr/include" -isystem "$armhf_sysroot/usr/include/jsoncpp" \
+    -L"$unpacked/$libraries" -L"$armhf_sysroot/$libraries" -lvornjsondb -ljsoncpp -lsqlite3
+LD_LIBRARY_PATH=$unpacked/$libraries:$armhf_sysroot/$libraries \
+    qemu-arm-static -L /usr/arm-linux-gnueabihf "$out/host-armhf"
+say "A host runs with them."
+
+say "== recipes"
+packaging/check.sh "$(echo "$out/amd64/$name"/obj-*)"
+cp -r packaging/buildroot packaging/yocto "$out"
+echo "sha256  $sha256  $name.tar.gz" >>"$out/buildroot/vornjsondb/vornjsondb.hash"
+sed -i "s/@sha256@/$sha256/" "$out/yocto/vornjsondb_$version.bb"
+# As both of them build and stage it, with the options that they give.
+mapfile -t options < <(make -s -f <(printf '%s\n' 'cmake-package =' 'include packaging/buildroot/vornjsondb/vornjsondb.mk' \
+    "all: ; @printf '%s\\n' \$(VORNJSONDB_CONF_OPTS)"))
+armhf_cmake "$out/recipe" -S "$out/armhf/$name" -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr "${options[@]}" >/dev/null
+DESTDIR=$out/staging cmake --install "$out/recipe" >/dev/null
+[ -f "$out/staging/usr/include/VornJsonDbApi.h" ] && [ -f "$out/staging/usr/lib/cmake/vornjsondb/vornjsondb-config.cmake" ] ||
+    die "the recipes would stage something else"
+say "Checked without Buildroot and Yocto: what only they can tell is open."
+
+say "== in a bare Debian"
+bare_make
+inside apt-get -qq update
+mkdir "$root/packages"
+cp "$out/amd64/$runtime"amd64.deb "$out/amd64/$development"amd64.deb tests/consumer/host.cpp "$root/packages"
+
+# installs PACKAGE...
+installs()
+{
+    inside env DEBIAN_FRONTEND=noninteractive apt-get -qq -y -o Dpkg::Use-Pty=0 install --no-install-recommends "$@" \
+        >"$out/bare.log" 2>&1 || die "$(cat "$out/bare.log")"
+}
+installs "/packages/${runtime}amd64.deb" "/packages/${development}amd64.deb" g++ pkgconf
+# shellcheck disable=SC2016 # expanded inside
+inside sh -euc 'cd /packages
+    g++ -std=c++17 host.cpp -o host $(pkg-config --cflags --libs vornjsondb) && ./host'
+say "A host is built and runs."
+inside apt-get -qq -y -o Dpkg::Use-Pty=0 purge libvornjsondb-dev >"$out/bare.log"
+inside /packages/host
+say "It runs with the library alone."
+inside apt-get -qq -y -o Dpkg::Use-Pty=0 purge libvornjsondb7 >"$out/bare.log"
+left=$(find "$root" -xdev \( -iname '*vornjsondb*' -o -path '*/doc/libvornjson*' \) -not -path "$root/packages/*" -not -path "$root")
+[ -z "$left" ] || die "removing leaves: $left"
+! inside /packages/host 2>/dev/null || die "a host runs without the library, so nothing was tried"
+say "Removing leaves nothing."
+
+say "== made in $out"
+(cd "$out" && ls -l "$name.tar.gz" amd64/*.deb armhf/*.deb | awk '{ print $5, $9 }')
