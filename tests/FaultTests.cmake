@@ -7,3 +7,4 @@ vornjsondb_add_test(test_failing_storage test_failing_storage.cpp faulty_vfs.cpp
 vornjsondb_add_test(test_killed_writers test_killed_writers.cpp child_process.cpp faulty_vfs.cpp SLOW)
 vornjsondb_add_test(test_lock_moments test_lock_moments.cpp)
 vornjsondb_add_test(test_contention test_contention.cpp child_process.cpp faulty_vfs.cpp SLOW)
+vornjsondb_add_test(test_threads test_threads.cpp)

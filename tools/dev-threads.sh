@@ -1,0 +1,21 @@
+#!/bin/bash
+# SPDX-License-Identifier: MIT
+# runs the tests of what is promised about threads under the thread sanitizer: [arguments of the test program]
+. "$(dirname "$0")/common.sh"
+
+need "${packages_test[@]}"
+output=$(cmake --preset thread 2>&1) || die "$output"
+cmake --build --preset thread --parallel "$jobs" --target test_threads
+
+# The sanitizer of this compiler cannot live with an address space that is laid out too randomly.
+run=(build/thread/tests/test_threads)
+! setarch -R true 2>/dev/null || run=(setarch -R "${run[@]}")
+
+"${run[@]}" --gtest_brief=1 "$@"
+
+# What is not promised must be noticed, or the run above shows nothing.
+say "== two objects used at once, which the sanitizer must find"
+report=$("${run[@]}" --gtest_also_run_disabled_tests --gtest_filter='*DISABLED*' 2>&1) &&
+    die "the thread sanitizer finds nothing where there is something"
+grep -q 'ThreadSanitizer: data race' <<<"$report" || die "$report"
+say "found"
