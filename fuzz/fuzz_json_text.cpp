@@ -33,14 +33,19 @@ Json::Value readTwice(const std::string& strText)
 // JsonCpp's reader refuses deeper texts, which its writer may well have written.
 constexpr int kDeepest = 990;
 
-// blIdentical: whether the value has a kind that its text tells. A small unsigned number comes back signed, and every
-// NaN as the same.
-void checkValue(const Json::Value& jValue, bool blIdentical = true)
+std::string checkWriting(const Json::Value& jValue)
 {
     const std::string strText = toString(jValue);
     const std::string strReference = fuzz::writeReference(jValue);
     FUZZ_CHECK(strText == strReference, "written <" + strText + ">, by JsonCpp <" + strReference + ">");
+    return strText;
+}
 
+// blIdentical: whether the value has a kind that its text tells. A small unsigned number comes back signed, and every
+// NaN as the same.
+void checkValue(const Json::Value& jValue, bool blIdentical = true)
+{
+    const std::string strText = checkWriting(jValue);
     const Json::Value jAgain = readTwice(strText);
     FUZZ_CHECK(fuzz::identical(jAgain, fuzz::readReference(strText)), "not read like JsonCpp: <" + strText + ">");
     if (fuzz::depthOf(jValue) > kDeepest)
@@ -88,11 +93,14 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     }
 
     // The same bytes as values that need not come from a text: NUL characters and broken UTF-8 in strings and names,
-    // any bits in numbers.
+    // an array with items that were never set, any bits in numbers.
     checkValue(Json::Value(strText));
     Json::Value jNamed;
     jNamed[strText] = jValue;
     checkValue(jNamed);
+    Json::Value jSparse;
+    jSparse[static_cast<Json::ArrayIndex>(size % 5)] = jValue;
+    checkWriting(jSparse);
     const auto uNumber = numberOf<std::uint64_t>(strText);
     checkValue(static_cast<Json::UInt64>(uNumber), uNumber > static_cast<std::uint64_t>(Json::Value::maxInt64));
     checkValue(static_cast<Json::Int64>(numberOf<std::int64_t>(strText)));

@@ -82,10 +82,7 @@ public:
     ~Case()
     {
         m_pStore.reset();
-        // The library keeps the type map of every table it has seen; its larger half is given back here, or the process
-        // would soon grow too large. No other table is ever asked for by this name.
-        Json::Value jNoTableDef;
-        VORN_JSON_DB::recType(jNoTableDef, m_strTable) = Json::Value(Json::objectValue);
+        fuzz::giveTypesBack(m_strTable);
     }
 
     Case(const Case&) = delete;

@@ -4,6 +4,7 @@
 
 #include <cstdlib>
 
+#include "VornJsonDbApi.h"
 #include "reference_json.h"
 
 namespace fuzz
@@ -89,6 +90,12 @@ int Twin::run(const std::string& strSql, Json::Value* pjRows)
             return -1;
     }
     return -1;
+}
+
+void giveTypesBack(std::string strName)
+{
+    Json::Value jNoTableDef;
+    VORN_JSON_DB::recType(jNoTableDef, strName) = Json::Value(Json::objectValue);
 }
 
 }  // namespace fuzz

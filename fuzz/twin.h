@@ -41,6 +41,10 @@ private:
     std::string m_strError;
 };
 
+// The library keeps the types of every table that it has seen: gives their larger half back, or a process with a new
+// table for each input would soon grow too large. The name must not be used again.
+void giveTypesBack(std::string strName);
+
 }  // namespace fuzz
 
 #endif  // VORN_FUZZ_TWIN_H

@@ -7,7 +7,16 @@ every_target=(json_text format rows conditions save)
 inputs=build/fuzz-inputs # what earlier runs found worth keeping
 finds=build/fuzz-finds   # what made a fuzzer fail
 
-# One target after the other. A fuzzer may end early because of its -runs; then it starts again with what it has learnt.
+# build_targets PRESET CMAKE-TARGET...
+build_targets()
+{
+    local preset=$1 output
+    shift
+    output=$(cmake --preset "$preset" 2>&1) || die "$output"
+    cmake --build --preset "$preset" --parallel "$jobs" --target "$@"
+}
+
+# fuzz TARGET SECONDS. A fuzzer may end early because of its -runs; then it starts again with what it has learnt.
 fuzz()
 {
     local target=$1 seconds=$2
@@ -15,7 +24,7 @@ fuzz()
     case $target in
     # Every input makes a table of its own, whose types the library keeps: the process must not grow for ever, and the
     # check for leaks after each input would search through all of it. It is made at the end.
-    save) options+=(-runs=50000 -detect_leaks=0) ;;
+    rows | save) options+=(-runs=50000 -detect_leaks=0) ;;
     esac
 
     mkdir -p "$inputs/$target" "$finds/$target"
@@ -36,13 +45,13 @@ fuzz()
 
 look_for_faults()
 {
+    local seconds=$1 target
+    shift
     need "${packages_fuzz[@]}"
-    build fuzz
+    build_targets fuzz "${@/#/fuzz_}"
     # Few frames of each allocation: JSON texts nest in so many ways that whole stacks would fill the memory.
     export ASAN_OPTIONS=malloc_context_size=4:quarantine_size_mb=32:detect_stack_use_after_return=1
     export UBSAN_OPTIONS=print_stacktrace=1
-    local seconds=$1 target
-    shift
     for target in "$@"; do
         fuzz "$target" "$seconds"
     done
@@ -52,9 +61,8 @@ look_for_faults()
 show_coverage()
 {
     need "${packages_fuzz[@]}" llvm
-    local folder=build/fuzz-coverage objects=() target extra output
-    output=$(cmake --preset fuzz-coverage 2>&1) || die "$output"
-    cmake --build --preset fuzz-coverage --parallel "$jobs" --target "${@/#/replay_}"
+    local folder=build/fuzz-coverage objects=() target extra
+    build_targets fuzz-coverage "${@/#/replay_}"
     rm -f "$folder"/*.profraw
     for target in "$@"; do
         local folders=("fuzz/corpus/$target")
