@@ -77,8 +77,9 @@ mapfile -t options < <(make -s -f <(printf '%s\n' 'cmake-package =' 'include pac
     "all: ; @printf '%s\\n' \$(VORNJSONDB_CONF_OPTS)"))
 armhf_cmake "$out/recipe" -S "$out/armhf/$name" -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr "${options[@]}" >/dev/null
 DESTDIR=$out/staging cmake --install "$out/recipe" >/dev/null
-[ -f "$out/staging/usr/include/VornJsonDbApi.h" ] && [ -f "$out/staging/usr/lib/cmake/vornjsondb/vornjsondb-config.cmake" ] ||
-    die "the recipes would stage something else"
+for file in include/VornJsonDbApi.h lib/cmake/vornjsondb/vornjsondb-config.cmake lib/pkgconfig/vornjsondb.pc; do
+    [ -f "$out/staging/usr/$file" ] || die "the recipes would not stage $file"
+done
 say "Checked without Buildroot and Yocto: what only they can tell is open."
 
 say "== in a bare Debian"
@@ -108,4 +109,4 @@ left=$(find "$root" -xdev \( -iname '*vornjsondb*' -o -path '*/doc/libvornjson*'
 say "Removing leaves nothing."
 
 say "== made in $out"
-(cd "$out" && ls -l "$name.tar.gz" amd64/*.deb armhf/*.deb | awk '{ print $5, $9 }')
+(cd "$out" && stat --format '%s %n' "$name.tar.gz" amd64/*.deb armhf/*.deb)
