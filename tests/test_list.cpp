@@ -323,6 +323,17 @@ TEST_F(List, GetOneKeepsMembersThatTheRowLacks)
     EXPECT_EQ(json(R"({"age": 2, "name": "Bob", "seen": true, "other": {"a": 1}})"), record);
 }
 
+TEST_F(List, GetOneOfARowWithoutAnyValueFindsItAndCopiesNothing)
+{
+    store.db().run("insert into " + store.name() + " values (NULL, NULL, NULL)");
+    for (const char* const kept : {"null", "{}", R"({"age": 7})"})
+    {
+        Json::Value record = json(kept);
+        EXPECT_EQ(1, logged({}, [&] { return getOne(R"({"vornSqlWhereFilter": "age is null"})", record); }));
+        EXPECT_EQ(json(kept), record);
+    }
+}
+
 TEST_F(List, GetOneIntoAnythingButAnObjectFailsAfterTheQuery)
 {
     forEachLogMode(

@@ -77,7 +77,8 @@ TEST_F(RowShapes, RowsWithAndWithoutNullsMayAlternate)
 
 TEST_F(RowShapes, ColumnThatIsNotDeclaredFailsInWhateverPlace)
 {
-    for (const char* const columns : {"rowid, a, b", "a, rowid, b", "a, b, rowid", "rowid, b, c, a"})
+    for (const char* const columns :
+         {"rowid, a, b", "a, rowid, b", "a, b, rowid", "rowid, b, c, a", "1 as aa, b, a", "a, b, 1 as bb"})
     {
         const LogCapture quiet;
         Json::Value out;
