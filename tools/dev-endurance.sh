@@ -1,0 +1,31 @@
+#!/bin/bash
+# SPDX-License-Identifier: MIT
+# lets one process work for long and shows what it holds: [--arm] [operations: 1000000, or 50000 with --arm]
+. "$(dirname "$0")/common.sh"
+
+arm=
+if [ "${1:-}" = --arm ]; then
+    arm=yes
+    shift
+fi
+
+if [ -n "$arm" ]; then
+    . tools/armhf.sh
+    need "${packages_armhf[@]}"
+    armhf_prepare
+    folder=build/arm/plain
+    configure=(cmake -G Ninja -B "$folder" -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/armhf.toolchain.cmake" -S . \
+        -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVORNJSONDB_WERROR=ON)
+    run=(qemu-arm-static -L /usr/arm-linux-gnueabihf)
+    operations=50000
+else
+    need "${packages_test[@]}"
+    folder=build/dev
+    configure=(cmake --preset dev)
+    run=()
+    operations=1000000
+fi
+
+output=$("${configure[@]}" 2>&1) || die "$output"
+cmake --build "$folder" --parallel "$jobs" --target test_long_life
+VORN_TEST_OPERATIONS=${1:-$operations} "${run[@]}" "$folder/tests/test_long_life" --gtest_brief=1
