@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// {"steps": [["row", CONTEXT, COLUMNS], ["record", RECORD, COLUMNS], ["field", RECORD, COLUMNS, INDEX],
+// {"members": [NAME, ...], "steps": [["row", CONTEXT, COLUMNS], ["record", RECORD, COLUMNS], ["field", RECORD, COLUMNS,
+// INDEX],
 // ["store", {COLUMN: VALUE}], ["query", CONTEXT, SQL], ["throw", SQL]]} with COLUMNS = [[NAME, TEXT], ...]: rows as
 // SQLite gives them, or as it never would, become the expected records, or the query fails and what was there before
 // stays as it was.
@@ -35,6 +36,19 @@ const fuzz::Types kTypes = {{"s", "string"},
                             {"t", "time_t"},
                             {"x", "of no kind"}};
 
+// Those of the members named, or of all.
+fuzz::Types typesOf(const std::vector<std::string>& names)
+{
+    fuzz::Types types;
+    for (const std::string& strName : names)
+    {
+        const auto type = kTypes.find(strName);
+        if (type != kTypes.end())
+            types.insert(*type);
+    }
+    return types.empty() ? kTypes : types;
+}
+
 const std::string kTable = "rows";
 
 // The name under which the library keeps the types: another one for each input, so that no input depends on what the
@@ -45,18 +59,18 @@ std::string nextName()
     return kTable + std::to_string(++count);
 }
 
-Json::Value makeDefinition(const std::string& strStore)
+Json::Value makeDefinition(const std::string& strStore, const fuzz::Types& types)
 {
     Json::Value jTableDef;
-    for (const auto& [strName, strType] : kTypes)
+    for (const auto& [strName, strType] : types)
         jTableDef[strStore]["member"][strName]["cpptype"] = strType;
     return jTableDef;
 }
 
-std::string createStatement()
+std::string createStatement(const fuzz::Types& types)
 {
     std::string strColumns;
-    for (const auto& [strName, strType] : kTypes)
+    for (const auto& [strName, strType] : types)
         strColumns += (strColumns.empty() ? "" : ",") + strName;
     return "CREATE TABLE " + kTable + " (" + strColumns + ")";
 }
@@ -85,9 +99,9 @@ public:
     char** names() { return m_blGiven ? m_names.data() : nullptr; }
     char** texts() { return m_blGiven ? m_texts.data() : nullptr; }
 
-    std::optional<Json::Value> expected()
+    std::optional<Json::Value> expected(const fuzz::Types& types)
     {
-        return m_blGiven ? fuzz::recordOf(kTypes, count(), texts(), names()) : std::nullopt;
+        return m_blGiven ? fuzz::recordOf(types, count(), texts(), names()) : std::nullopt;
     }
 
 private:
@@ -132,8 +146,11 @@ int countRow(void* pCount, int, char**, char**)
 class Case
 {
 public:
-    Case()
-        : m_twin(kTypes), m_strName(nextName()), m_jTableDef(makeDefinition(m_strName)), m_strCreate(createStatement())
+    explicit Case(const fuzz::Types& types)
+        : m_twin(types),
+          m_strName(nextName()),
+          m_jTableDef(makeDefinition(m_strName, types)),
+          m_strCreate(createStatement(types))
     {
         m_twin.run(m_strCreate, nullptr);
         m_pStore = std::make_unique<VornJsonDbApi>(m_database.handle(), m_strName, m_jTableDef, m_strCreate);
@@ -173,11 +190,11 @@ public:
     }
 
 private:
-    static void row(const Json::Value& jContext, Row row)
+    void row(const Json::Value& jContext, Row row)
     {
         Json::Value jArray = jContext;
         const int status = VornJsonDbApi::DbCallBackFillList(&jArray, row.count(), row.texts(), row.names());
-        const std::optional<Json::Value> jRecord = row.expected();
+        const std::optional<Json::Value> jRecord = row.expected(m_twin.types());
         Json::Value jExpected = jContext;
         if (isRowArray(jContext) && jRecord)
             jExpected.append(*jRecord);
@@ -186,11 +203,11 @@ private:
         expectStatus(-1, VornJsonDbApi::DbCallBackFillList(nullptr, row.count(), row.texts(), row.names()));
     }
 
-    static void record(const Json::Value& jBefore, Row row)
+    void record(const Json::Value& jBefore, Row row)
     {
         Json::Value jSeen = jBefore;
         const int status = VornJsonDbApi::DbCallBackFillRec(&jSeen, row.count(), row.texts(), row.names());
-        const std::optional<Json::Value> jRecord = row.expected();
+        const std::optional<Json::Value> jRecord = row.expected(m_twin.types());
         if (!jRecord || (!isRecord(jBefore) && row.count() > 0))
         {
             expectStatus(-1, status);
@@ -203,13 +220,13 @@ private:
         expectValue(jExpected, jSeen);
     }
 
-    static void field(const Json::Value& jBefore, Row row, int i)
+    void field(const Json::Value& jBefore, Row row, int i)
     {
         if (i < 0 || i >= row.count() || row.names()[i] == nullptr)
             return;
         Json::Value jSeen = jBefore;
         const int status = VornJsonDbApi::DbCallBackFillField(jSeen, row.names(), row.texts(), i);
-        const std::optional<Json::Value> jRecord = fuzz::recordOf(kTypes, 1, row.texts() + i, row.names() + i);
+        const std::optional<Json::Value> jRecord = fuzz::recordOf(m_twin.types(), 1, row.texts() + i, row.names() + i);
         expectStatus(jRecord && isRecord(jBefore) ? 0 : -1, status);
         Json::Value jExpected = jBefore;
         if (status == 0 && !jRecord->empty())
@@ -224,11 +241,11 @@ private:
             return;
         for (sqlite3* const pDb : {m_database.handle(), m_twin.database().handle()})
         {
-            for (const auto& [strName, strType] : kTypes)
+            for (const auto& [strName, strType] : m_twin.types())
             {
                 sqlite3_stmt* pStatement = nullptr;
                 const std::string strSql =
-                    strName == kTypes.begin()->first
+                    strName == m_twin.types().begin()->first
                         ? "insert into " + kTable + " (" + strName + ") values (?1)"
                         : "update " + kTable + " set " + strName + " = ?1 where rowid = last_insert_rowid()";
                 // Earlier queries may have dropped the table.
@@ -333,7 +350,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     const std::optional<Json::Value> jInput = fuzz::readInput(data, size);
     if (!jInput || fuzz::hasLargeWidth(std::string(reinterpret_cast<const char*>(data), size)))
         return 0;
-    Case fuzzCase;
+    Case fuzzCase(typesOf(fuzz::textsOf(fuzz::part(*jInput, "members"))));
     const Json::Value& jSteps = fuzz::part(*jInput, "steps");
     for (Json::ArrayIndex i = 0; jSteps.isArray() && i < jSteps.size() && i < kMaxSteps; ++i)
         fuzzCase.run(jSteps[i]);
