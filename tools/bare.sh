@@ -45,9 +45,11 @@ bare_make()
 
     say "== making a bare Debian 12 in $root"
     eval "$(apt-config shell proxy Acquire::http::Proxy)"
-    if ! http_proxy=${proxy:-${http_proxy:-}} debootstrap --variant=minbase "$release" "$root" "$mirror" \
-        >"$root.log" 2>&1; then
-        tail -n 20 "$root.log" >&2
+    # In a namespace of its own, because it mounts /proc in the new system and, where it fails, leaves it mounted.
+    if ! http_proxy=${proxy:-${http_proxy:-}} unshare --mount \
+        debootstrap --variant=minbase "$release" "$root" "$mirror" >"$root.log" 2>&1; then
+        tail -n 3 "$root.log" >&2
+        tail -n 20 "$root/debootstrap/debootstrap.log" >&2 || true
         rm -f "$root.log"
         die "debootstrap failed"
     fi
