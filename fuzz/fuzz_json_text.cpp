@@ -35,7 +35,7 @@ constexpr int kDeepest = 990;
 
 std::string checkWriting(const Json::Value& jValue)
 {
-    const std::string strText = toString(jValue);
+    std::string strText = toString(jValue);
     const std::string strReference = fuzz::writeReference(jValue);
     FUZZ_CHECK(strText == strReference, "written <" + strText + ">, by JsonCpp <" + strReference + ">");
     return strText;
