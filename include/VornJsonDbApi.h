@@ -203,6 +203,8 @@ public:
                                               Json::Value& jParamOut);
 
 private:
+    int execute(const std::string& strSql, int (*callback)(void*, int, char**, char**), void* pContext);
+    int expandMembers(Json::Value& jRecParam, std::string& strSqlOut, int andType, bool blRawFilter);
     int save(Json::Value& jRecInOut, bool blCreate, Json::Value& jStored);
 
     sqlite3* m_pDb = nullptr;

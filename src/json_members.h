@@ -16,7 +16,9 @@ inline std::string_view nameOf(const Json::ValueIteratorBase& it)
     return {szName, static_cast<std::size_t>(szEnd - szName)};
 }
 
-// Finds the members of a record for names that come in ascending order, in one walk along the record.
+// Finds the members of a record for names that come in ascending order, in one walk along the record. Against
+// a search for each name this won 2.6 % of a create's instructions at 8 members, and wins more the more there are
+// (./dev figures).
 class RecordCursor
 {
 public:

@@ -15,8 +15,7 @@ namespace
 
 constexpr int kMaxDepth = 32;
 
-// Sets the value alone; assigning it would also move the comments that JsonCpp
-// keeps beside every value.
+// Sets the value alone; assigning it would also move the comments that JsonCpp keeps beside every value.
 void set(Json::Value& jValue, Json::Value jNew)
 {
     jValue.swapPayload(jNew);
@@ -62,7 +61,7 @@ private:
         return true;
     }
 
-    bool readValue(Json::Value& jValue, int depth)
+    bool readValue(Json::Value& jValue, int depth)  // NOLINT(misc-no-recursion): kMaxDepth bounds it
     {
         skipSpace();
         switch (*m_sz)
@@ -91,7 +90,7 @@ private:
     }
 
     // Sets the members in place as long as they come in the order of those that jValue has already.
-    bool readObject(Json::Value& jValue, int depth)
+    bool readObject(Json::Value& jValue, int depth)  // NOLINT(misc-no-recursion): kMaxDepth bounds it
     {
         ++m_sz;
         if (!jValue.isObject())
@@ -123,7 +122,7 @@ private:
     }
 
     // Sets the items in place as far as jValue has them already.
-    bool readArray(Json::Value& jValue, int depth)
+    bool readArray(Json::Value& jValue, int depth)  // NOLINT(misc-no-recursion): kMaxDepth bounds it
     {
         ++m_sz;
         if (!jValue.isArray())
@@ -187,8 +186,7 @@ private:
         jObject.swapPayload(jKept);
     }
 
-    // Reads the string at '"'; its characters are then from m_szBegin to m_szEnd,
-    // until the next string is read.
+    // Reads the string at '"'; its characters are then from m_szBegin to m_szEnd, until the next string is read.
     bool readString()
     {
         m_szBegin = ++m_sz;
@@ -238,7 +236,7 @@ private:
         Json::Int64 iValue = 0;
         while (isDigit(*m_sz) && m_sz - szDigits < kMaxDigits)
             iValue = iValue * 10 + (*m_sz++ - '0');
-        if (m_sz == szDigits || (*szDigits == '0' && m_sz - szDigits > 1))
+        if (m_sz == szDigits)
             return false;
         if (*m_sz != '.')
         {

@@ -70,17 +70,16 @@ VORN_COLD void writePlain(const Formats& formats, const char* szFile, int iLine,
         syslog(LOG_ERR, errno != 0 ? formats.szSyslogErrno : formats.szSyslog, szFile, iLine, uPid, args...);
 }
 
-VORN_COLD inline bool writeFailure(const char* szFile, int iLine, const char* szCondition)
+VORN_COLD inline void writeFailure(const char* szFile, int iLine, const char* szCondition)
 {
     static constexpr Formats formats = VORN_LOCATED_FORMATS("Failed [%s]");
     writeLocated(formats, szFile, iLine, szCondition);
-    return true;
 }
 
 }  // namespace vorn_log
 
-#define VORN_FAILED(condition) ((condition) && vorn_log::writeFailure(kLogFile, __LINE__, #condition))
-#define VORN_FAILED_AS(condition, text) ((condition) && vorn_log::writeFailure(kLogFile, __LINE__, text))
+#define VORN_FAILED(condition) ((condition) && (vorn_log::writeFailure(kLogFile, __LINE__, #condition), true))
+#define VORN_FAILED_AS(condition, text) ((condition) && (vorn_log::writeFailure(kLogFile, __LINE__, text), true))
 
 // The unevaluated printf() lets the compiler check the arguments against the message.
 #define VORN_WRITE(function, formatsOf, message, ...)                    \

@@ -10,8 +10,7 @@
 #include "cpp_type.h"
 #include "json_reader.h"
 
-// Converts the text of a column (not null) by the member's type. False for
-// types that cannot be read back.
+// Converts the text of a column (not null) by the member's type. False for types that cannot be read back.
 bool convertColumn(CppType type, JsonReader& reader, const char* szText, Json::Value& jValue);
 
 #endif  // VORN_ROW_VALUE_H

@@ -33,15 +33,23 @@ TypeMap::TypeMap(const Json::Value& jType) : m_members(membersOf(jType)), m_prot
 
 TypeMember* TypeMap::find(std::string_view name, std::size_t& expected)
 {
-    auto it = m_members.begin() + static_cast<std::ptrdiff_t>(std::min(expected, m_members.size()));
-    if (it == m_members.end() || it->strName != name)
+    // Names of a record mostly ascend and mostly belong to the next few members. Won 1 % of an update's instructions,
+    // which an update needs to stay within a quarter of hand-written code (./dev figures).
+    constexpr std::size_t kNear = 4;
+    const std::size_t nearEnd = std::min(expected + kNear, m_members.size());
+    for (std::size_t i = expected; i < nearEnd; ++i)
     {
-        it =
-            std::lower_bound(m_members.begin(), m_members.end(), name,
-                             [](const TypeMember& member, std::string_view wanted) { return member.strName < wanted; });
-        if (it == m_members.end() || it->strName != name)
-            return nullptr;
+        if (m_members[i].strName != name)
+            continue;
+        expected = i + 1;
+        return &m_members[i];
     }
+
+    const auto it =
+        std::lower_bound(m_members.begin(), m_members.end(), name,
+                         [](const TypeMember& member, std::string_view wanted) { return member.strName < wanted; });
+    if (it == m_members.end() || it->strName != name)
+        return nullptr;
     expected = static_cast<std::size_t>(it - m_members.begin()) + 1;
     return &*it;
 }
@@ -49,14 +57,15 @@ TypeMember* TypeMap::find(std::string_view name, std::size_t& expected)
 TypeMap& typeMapOf(Json::Value& jTableDef, std::string& strName)
 {
     static auto& typeMaps = *new std::map<std::string, TypeMap>;
-    static TypeMap noMembers{Json::Value()};
-
     const auto it = typeMaps.find(strName);
     if (it != typeMaps.end())
         return it->second;
 
     const Json::Value& jType = VORN_JSON_DB::recType(jTableDef, strName);
     if (!jType.isObject())
+    {
+        static TypeMap noMembers{Json::Value()};
         return noMembers;
+    }
     return typeMaps.emplace(strName, TypeMap(jType)).first->second;
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A table's type map in the form that the library works with: members in order
-// of their names, types as CppType.
+// A table's type map in the form that the library works with: members in order of their names, types as CppType.
 
 #ifndef VORN_TYPE_MAP_H
 #define VORN_TYPE_MAP_H
@@ -33,9 +32,8 @@ public:
 
     std::vector<TypeMember>& members() { return m_members; }
 
-    // The member of that name, or null. Names mostly arrive in order: expected,
-    // where the last search ended, is tried first and moved behind the member
-    // found.
+    // The member of that name, or null. Names mostly arrive in order: expected, where the last search ended, is tried
+    // first and moved behind the member found.
     TypeMember* find(std::string_view name, std::size_t& expected);
 
     // See RecordPrototype::fill().
@@ -49,11 +47,9 @@ private:
     RecordPrototype m_prototype;
 };
 
-// The type map of the table, built from recType() when the table is first asked
-// for. Where recType() fails, and has logged why, it has no members, and the
-// next call asks recType() again. Maps live as long as the process and are
-// never freed: records that callers hold may use their member names as static
-// keys.
+// The type map of the table, built from recType() when the table is first asked for. Where recType() fails, and has
+// logged why, it has no members, and the next call asks recType() again. Maps live as long as the process and are never
+// freed: records that callers hold may use their member names as static keys.
 TypeMap& typeMapOf(Json::Value& jTableDef, std::string& strName);
 
 #endif  // VORN_TYPE_MAP_H

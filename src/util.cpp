@@ -133,6 +133,7 @@ int getTimeAfterNow(int offsetSecond, long& now)
 int getTimeAfterNow(int offsetSecond, std::string& strOut, int iType)
 {
     long now = 0;
+    // The other overload always returns 0, so its check cannot fail.
     if (VORN_FAILED(0 > getTimeAfterNow(offsetSecond, now)) ||
         VORN_FAILED(0 > convert2ReadableTime(now, strOut, iType)))
         return -1;
