@@ -41,7 +41,7 @@ constexpr bool isSanitized = false;
 constexpr long usualOperations = sizeof(void*) == 4 ? 20000 : 200000;
 constexpr long samples = 10;
 constexpr long operationsOfAnObject = 1000;
-constexpr long firstSample = 3 * operationsOfAnObject;
+constexpr long objectsAtFirst = 4;  // of each table, until it has held as many records as it ever will
 constexpr long sqliteSwing = 64L * 1024;
 constexpr size_t mostRecords = 300;
 
@@ -367,40 +367,58 @@ TEST(LongLife, HoldsNoMoreInTheEndThanAtTheStart)
     Life lives[] = {{"in_memory", "memory", random}, {"in_rollback", "delete", random}, {"in_wal", "wal", random}};
 
     const auto start = std::chrono::steady_clock::now();
-    std::vector<Sample> all;
-    all.reserve(samples + 1);
     long done = 0;
-    for (long i = 0; i <= samples; ++i)
+    const auto work = [&](Life& life)
     {
-        // What is held is taken while all tables are empty. The first sample comes when everything has been used.
-        const long until = std::max(operations * i / samples, firstSample);
-        while (done < until && !HasFailure())
+        LogCapture lines;
+        life.open();
+        for (long n = 0; n < operationsOfAnObject && !HasFailure(); ++n)
         {
-            Life& life = lives[static_cast<size_t>(random() % 3)];
-            LogCapture lines;
-            life.open();
-            for (long n = 0; n < operationsOfAnObject && !HasFailure(); ++n)
-            {
-                life.operate();
-            }
-            lines.stop();
-            std::cout << lines.standardOutput();  // what GoogleTest has written in between
-            done += operationsOfAnObject;
+            life.operate();
         }
+        lines.stop();
+        std::cout << lines.standardOutput();  // what GoogleTest has written in between
+        done += operationsOfAnObject;
+    };
+    // What is held is looked at while all tables are empty.
+    std::vector<Sample> all;
+    all.reserve(samples + 2);
+    const auto sample = [&]
+    {
         for (Life& life : lives)
         {
             life.empty();
         }
-        ASSERT_FALSE(HasFailure());
         all.push_back(sampleAfter(done));
+    };
+
+    sample();
+    for (long i = 0; i < objectsAtFirst; ++i)
+    {
+        for (Life& life : lives)
+        {
+            work(life);
+        }
     }
+    sample();
+    const long atFirst = done;
+    for (long i = 1; i <= samples && !HasFailure(); ++i)
+    {
+        const long until = atFirst + (operations - atFirst) * i / samples;
+        while (done < until && !HasFailure())
+        {
+            work(lives[static_cast<size_t>(random() % 3)]);
+        }
+        sample();
+    }
+    ASSERT_FALSE(HasFailure());
     const double seconds = std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
     print(all);
     std::cout << std::fixed << std::setprecision(1) << seconds << " s, " << static_cast<double>(done) / seconds
               << " operations/s\n";
 
-    // The first tenth may still fill what has a limit. A table in memory keeps the pages of the records that it once
-    // held, so SQLite's share swings by some pages of 4 kB.
+    // A table in memory keeps the pages of the records that it once held, so SQLite's share swings by some pages of 4
+    // kB.
     const Sample& settled = all[1];
     for (size_t i = 2; i < all.size(); ++i)
     {
