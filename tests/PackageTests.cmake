@@ -10,6 +10,7 @@ get_target_property(library_type vornjsondb TYPE)
 set(environment
   BUILD=${PROJECT_BINARY_DIR}
   CMAKE=${CMAKE_COMMAND}
+  CMAKE_GENERATOR=${CMAKE_GENERATOR}
   CXX=${CMAKE_CXX_COMPILER}
   "CXXFLAGS=${CMAKE_CXX_FLAGS} ${sanitize_flag}"
   "EMULATOR=$<JOIN:${CMAKE_CROSSCOMPILING_EMULATOR}, >"
