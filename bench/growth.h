@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 //
-// How the costs grow: by rows, and by members.
+// How the costs grow: by rows, and by members. Each contestant does all sizes in one process, so that the allocator is
+// in the same state for all.
 
 #ifndef VORN_BENCH_GROWTH_H
 #define VORN_BENCH_GROWTH_H

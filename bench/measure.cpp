@@ -3,6 +3,7 @@
 #include "measure.h"
 
 #include <cstdio>
+#include <cstdlib>
 #include <cstring>
 #include <ctime>
 #include <memory>
@@ -75,6 +76,12 @@ std::int64_t cpuTime()
 std::size_t allocations()
 {
     return allocationCount;
+}
+
+void mergeFreedMemory()
+{
+    void* volatile pLarge = std::malloc(4096);
+    std::free(pLarge);
 }
 
 long residentNow()

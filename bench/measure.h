@@ -17,6 +17,9 @@ std::int64_t cpuTime();
 // How often this process has called malloc, calloc, realloc or operator new. The program's own malloc counts.
 std::size_t allocations();
 
+// Has the C library merge small pieces of freed memory now, as it does at the next large allocation.
+void mergeFreedMemory();
+
 // Resident memory in KiB: now, and the most so far.
 long residentNow();
 long residentPeak();

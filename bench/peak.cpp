@@ -22,13 +22,14 @@ long peakOf(const ContestantKind& kind, const std::string& strPath, std::size_t 
         std::shared_ptr<Contestant> contestant = kind.open(strPath);
         contestant->page(0);  // what is built once does not count
         contestant->clear();
-        return [contestant, rows]
+        const auto task = [contestant, rows]
         {
             const long before = residentNow();
             if (contestant->list() != rows)
                 throw std::runtime_error("not all rows were listed");
             return residentPeak() - before;
         };
+        return Worker<long>::Tasks{task};
     };
     return Worker<long>(setUp).run();
 }

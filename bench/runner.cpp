@@ -46,7 +46,7 @@ Rounds::Rounds(std::vector<Lane> lanes, std::size_t rounds, std::mt19937& random
         std::shuffle(lanes.begin(), lanes.end(), random);
         for (const Lane& lane : lanes)
         {
-            const Cost cost = lane.worker->run();
+            const Cost cost = lane.worker->run(lane.task);
             const auto records = static_cast<double>(cost.records);
             m_nanoseconds[lane.strId].push_back(static_cast<double>(cost.nanoseconds) / records);
             m_allocations[lane.strId] = static_cast<double>(cost.allocations) / records;
@@ -73,30 +73,27 @@ Rounds runWork(const Work& work, const Setting& setting, const std::vector<Conte
 {
     const auto calibrate = [&]
     {
-        return [&]
+        const auto task = [&]
         {
             Place rival(contestantKind(work.strRival), setting);
             return operationsPerBatch(rival, work, effort.batch);
         };
+        return Worker<std::size_t>::Tasks{task};
     };
     const std::size_t count = Worker<std::size_t>(calibrate).run();
 
     std::vector<Lane> lanes;
     for (const ContestantKind& kind : kinds)
-        lanes.push_back(workLane(kind.strId, kind, work, setting, count));
-    return Rounds(std::move(lanes), effort.rounds, random);
-}
-
-Lane workLane(const std::string& strId, const ContestantKind& kind, const Work& work, const Setting& setting,
-              std::size_t count)
-{
-    const auto setUp = [&]
     {
-        auto place = std::make_shared<Place>(kind, setting);
-        place->prepare(work, count);
-        return [place] { return place->run(); };
-    };
-    return {strId, std::make_shared<Worker<Cost>>(setUp)};
+        const auto setUp = [&]
+        {
+            auto place = std::make_shared<Place>(kind, setting);
+            place->prepare(work, count);
+            return Worker<Cost>::Tasks{[place] { return place->run(); }};
+        };
+        lanes.push_back({kind.strId, std::make_shared<Worker<Cost>>(setUp)});
+    }
+    return Rounds(std::move(lanes), effort.rounds, random);
 }
 
 }  // namespace bench

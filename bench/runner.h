@@ -35,6 +35,7 @@ struct Lane
 {
     std::string strId;
     std::shared_ptr<Worker<Cost>> worker;
+    unsigned char task = 0;
 };
 
 // What the lanes cost, round by round.
@@ -55,10 +56,6 @@ private:
     std::map<std::string, std::vector<double>> m_nanoseconds;
     std::map<std::string, double> m_allocations;
 };
-
-// A contestant that does count operations a batch.
-Lane workLane(const std::string& strId, const ContestantKind& kind, const Work& work, const Setting& setting,
-              std::size_t count);
 
 // One work in one setting; the lanes are the contestants' ids.
 Rounds runWork(const Work& work, const Setting& setting, const std::vector<ContestantKind>& kinds, const Effort& effort,

@@ -30,14 +30,19 @@ private:
     std::map<std::string, double> m_instructions;
 };
 
+// A bound of time, with one of instructions where there is such.
+struct Bound
+{
+    double time;
+    std::optional<double> instructions;
+};
+
 struct Target
 {
     std::string strWork;
     std::string strRival;
-    double must;
-    std::optional<double> aim;
-    std::optional<double> mustInstructions;
-    std::optional<double> aimInstructions;
+    Bound must;
+    std::optional<Bound> aim;
 };
 const std::vector<Target>& workTargets();
 
@@ -48,16 +53,12 @@ struct Judged
     std::string strBeside;
     Spread time;
     std::optional<double> instructions;
-    double must;
-    std::optional<double> aim;
-    std::optional<double> mustInstructions;
-    std::optional<double> aimInstructions;
+    Bound must;
+    std::optional<Bound> aim;
 };
 
-// "reached" or "missed". Where rounds lie on both sides of the bound, time is noise and the instructions decide, if
-// they were counted.
-std::string verdict(const Judged& judged, const std::optional<double>& bound,
-                    const std::optional<double>& instructionBound);
+// Where rounds lie on both sides of the bound, time is noise and the instructions decide, if they were counted.
+bool reaches(const Judged& judged, const Bound& bound);
 
 void printTargets(const std::vector<Judged>& all);
 

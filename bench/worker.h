@@ -16,21 +16,22 @@
 #include <functional>
 #include <stdexcept>
 #include <type_traits>
+#include <vector>
 
 namespace bench
 {
 
-// Does its task when it is told to, and waits between. Answer is what the task gives.
+// Does one of its tasks when it is told to, and waits between. Answer is what a task gives.
 template <class Answer>
 class Worker
 {
     static_assert(std::is_trivially_copyable_v<Answer>, "it goes through a pipe");
 
 public:
-    using Task = std::function<Answer()>;
+    using Tasks = std::vector<std::function<Answer()>>;
 
-    // setUp makes the task, in the new process. The parent waits for it.
-    explicit Worker(const std::function<Task()>& setUp)
+    // setUp makes the tasks, in the new process. The parent waits for them.
+    explicit Worker(const std::function<Tasks()>& setUp)
     {
         int orders[2];
         int answers[2];
@@ -64,27 +65,27 @@ public:
     Worker(const Worker&) = delete;
     Worker& operator=(const Worker&) = delete;
 
-    Answer run()
+    // Runs the task of that index.
+    Answer run(unsigned char task = 0)
     {
-        order(kRun);
+        order(task);
         return receive();
     }
 
 private:
-    static constexpr char kRun = 'r';
-    static constexpr char kEnd = 'e';
+    static constexpr unsigned char kEnd = 255;
 
-    // The first answer says that the task is there. No answer says that something failed.
-    static void serve(const std::function<Task()>& setUp, int orders, int answers)
+    // The first answer says that the tasks are there. No answer says that something failed.
+    static void serve(const std::function<Tasks()>& setUp, int orders, int answers)
     {
         try
         {
-            const Task task = setUp();
+            const Tasks tasks = setUp();
             Answer answer{};
-            char order = kEnd;
+            unsigned char order = kEnd;
             while (write(answers, &answer, sizeof answer) == sizeof answer && read(orders, &order, 1) == 1 &&
-                   order == kRun)
-                answer = task();
+                   order != kEnd)
+                answer = tasks.at(order)();
         }
         catch (const std::exception& error)
         {
@@ -92,7 +93,7 @@ private:
         }
     }
 
-    bool order(char what) { return write(m_orders, &what, 1) == 1; }
+    bool order(unsigned char what) { return write(m_orders, &what, 1) == 1; }
 
     Answer receive()
     {

@@ -8,7 +8,7 @@ set -euo pipefail
 
 program=$1 work=$2 contestant=$3 rows=${4:-1000}
 case $work in
-list) fewer=2 more=4 ;;
+list) if [ "$rows" -lt 100000 ]; then fewer=2 more=4; else fewer=1 more=2; fi ;;
 page) fewer=10 more=60 ;;
 *) fewer=100 more=400 ;;
 esac

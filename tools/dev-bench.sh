@@ -1,0 +1,78 @@
+#!/bin/bash
+# SPDX-License-Identifier: MIT
+# measures the library beside hand-written code and other libraries: [--quick] for a first impression
+#
+# Without --quick it also rewrites the figures in docs/benchmark.md and its pictures; that takes about 15 minutes of a
+# machine that has nothing else to do.
+. "$(dirname "$0")/common.sh"
+. tools/armhf.sh
+. tools/bench.sh
+
+quick=()
+case ${1:-} in
+'') ;;
+--quick) quick=(--quick) ;;
+*) die "bench: unknown argument $1" ;;
+esac
+
+need "${packages_bench[@]}"
+folder=build/bench
+bench_build $folder
+program=$folder/bench/bench
+data=$folder/data
+mkdir -p $data
+TMPDIR=$(mktemp -d)
+export TMPDIR
+trap 'rm -rf "$TMPDIR"' EXIT
+
+contestants=(library percall kept exec sqlitecpp soci poco raw)
+[ ${#quick[@]} -eq 0 ] || contestants=(library percall kept sqlitecpp)
+say "Counting instructions"
+for work in list page create fetch update delete; do
+    printf "$work %s\n" "${contestants[@]}"
+done | count_works $program >$data/counts.txt
+[ ${#quick[@]} -gt 0 ] || tools/count-work.sh $program list library 100000 | sed 's/^list/list@100000/' >>$data/counts.txt
+
+# machine: one line on what the figures were measured with.
+machine()
+{
+    printf '%s, %s, %s processors, %s' "$(date -u +%F)" "$(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1)" \
+        "$(nproc)" "$(. /etc/os-release && printf '%s' "$PRETTY_NAME")"
+    versions g++-12 libc6 libsqlite3-0 libjsoncpp25 libsqlitecpp-dev libsoci-dev libpoco-dev valgrind |
+        awk '{ printf ", %s %s", $1, $2 }'
+    printf '; the library at commit %s%s.\n' "$(git rev-parse --short HEAD)" \
+        "$(git diff --quiet HEAD -- src include bench || printf ' with changes')"
+}
+
+# since_the_first_version: what has been won, from the stored figures.
+since_the_first_version()
+{
+    printf '### Instructions per record: first version, now, hand-written\n\n'
+    printf '| %-14s | %13s | %7s | %6s | %12s | %6s |\n' "machine, work" "first version" now ratio hand-written ratio
+    printf '|----------------|--------------:|--------:|-------:|-------------:|-------:|\n'
+    awk '/^#/ || $2 == "with" { next }
+        FNR == NR { now[$1 " " $2] = $3; next }
+        { n = now[$1 " " $2]
+          printf "| %-14s | %13d | %7d | %6.2f | %12d | %6.2f |\n", $1 ", " $2, $3, n, n / $3, $5, n / $5 }' \
+        bench/figures.txt bench/first-version.txt
+    printf '\n'
+}
+
+{
+    printf '%s\n\n' "$(machine)"
+    since_the_first_version
+    $program --report "${quick[@]}" --counts $data/counts.txt --data $data
+} | tee $folder/report.md
+[ ${#quick[@]} -eq 0 ] || exit 0
+
+columns=$(awk -F '\t' 'NR == 1 { print NF }' $data/works.tsv)
+gnuplot -e "data='$data/works.tsv'; columns=$columns; picture='docs/benchmark-works.svg'" bench/works.gp
+gnuplot -e "folder='$data'; columns=$columns; picture='docs/benchmark-growth.svg'" bench/growth.gp
+
+page=docs/benchmark.md
+awk -v report=$folder/report.md '
+    /^<!-- figures -->$/ { print; print ""; while ((getline line < report) > 0) print line; print ""; skip = 1 }
+    /^<!-- end of figures -->$/ { skip = 0 }
+    !skip' $page >$page.new
+mv $page.new $page
+say "Written: $page and its pictures"
