@@ -3,34 +3,29 @@
 #
 # What is needed to build for 32-bit ARM on another machine, for the commands that do. Sourced after common.sh.
 
+. tools/apt.sh
+
 packages_armhf=(cmake g++-arm-linux-gnueabihf googletest ninja-build qemu-user-static)
 armhf_sysroot=$PWD/build/arm/sysroot
+armhf_apt_state=$PWD/build/arm/apt
 
-# armhf_apt STATE COMMAND...: runs an apt command for armhf packages with a state of its own in the folder STATE.
-# The machine's dpkg is not told of the architecture: the -dev packages of two architectures cannot be installed side by
-# side, and an added architecture changes every later run of apt.
+# armhf_apt COMMAND...: runs an apt-get command for armhf packages. The machine's dpkg is not told of the architecture:
+# the -dev packages of two architectures cannot be installed side by side, and an added one changes every later run.
 armhf_apt()
 {
-    local state=$1 tool=$2
-    shift 2
-    mkdir -p "$state/lists/partial" "$state/cache/archives/partial"
-    : >>"$state/status"
-    "$tool" -qq -o APT::Architecture=armhf -o APT::Architectures=armhf -o APT::Sandbox::User= \
-        -o Dir::State="$state" -o Dir::State::Lists="$state/lists" -o Dir::State::status="$state/status" \
-        -o Dir::Cache="$state/cache" "$@"
+    private_apt "$armhf_apt_state" apt-get -o APT::Architecture=armhf -o APT::Architectures=armhf "$@"
 }
 
 # armhf_unpack FOLDER PACKAGE...: unpacks the armhf packages into FOLDER without installing them.
 armhf_unpack()
 {
-    local folder=$1 state=$PWD/build/arm/apt packages=$PWD/build/arm/packages package
+    local folder=$1 packages=$PWD/build/arm/packages package
     shift
     mkdir -p "$packages" "$folder"
     # One list that cannot be fetched, say that of a lagging mirror, is no harm while the packages are found in others.
-    [ -d "$state/lists" ] || armhf_apt "$state" apt-get update 2>"$packages/update.log" || true
+    [ -d "$armhf_apt_state" ] || armhf_apt update 2>"$packages/update.log" || true
     for package in "$@"; do
-        compgen -G "$packages/${package}_*.deb" >/dev/null ||
-            (cd "$packages" && armhf_apt "$state" apt-get download "$package") ||
+        compgen -G "$packages/${package}_*.deb" >/dev/null || (cd "$packages" && armhf_apt download "$package") ||
             die "there is no armhf package $package; apt-get update said: $(cat "$packages/update.log")"
         dpkg -x "$packages/${package}"_*.deb "$folder"
     done
@@ -57,7 +52,8 @@ armhf_cmake()
 {
     local folder=$1 output
     shift
-    output=$(cmake -G Ninja -B "$folder" -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/armhf.toolchain.cmake" "$@" 2>&1) || die "$output"
+    output=$(cmake -G Ninja -B "$folder" -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/armhf.toolchain.cmake" "$@" 2>&1) ||
+        die "$output"
     cmake --build "$folder" --parallel "$jobs"
 }
 

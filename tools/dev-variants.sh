@@ -1,0 +1,74 @@
+#!/bin/bash
+# SPDX-License-Identifier: MIT
+# tests with clang++, as a static library and with other releases of JsonCpp: [Debian suites to take JsonCpp from]
+. "$(dirname "$0")/common.sh"
+. tools/apt.sh
+
+need "${packages_test[@]}" binutils clang dpkg-dev
+suites=("$@")
+[ $# -gt 0 ] || suites=(trixie)
+out=$PWD/build/variants
+
+# variant NAME [CMAKE-ARGUMENT...]: builds and runs all tests but the slow ones.
+variant()
+{
+    local folder=$out/$1 output
+    say "== $1"
+    shift
+    output=$(cmake -G Ninja -B "$folder" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVORNJSONDB_WERROR=ON "$@" 2>&1) ||
+        die "$output"
+    cmake --build "$folder" --parallel "$jobs"
+    ctest --test-dir "$folder" --output-on-failure --no-tests=error --parallel "$jobs" --label-exclude slow
+}
+
+# jsoncpp SUITE: makes the JsonCpp of a Debian suite in $out/jsoncpp-SUITE, from its source, since a newer suite's own
+# package needs a newer C++ library too.
+jsoncpp()
+{
+    local suite=$1 folder=$out/jsoncpp-$1 codename archive log
+    [ ! -f "$folder/complete" ] || return 0
+    rm -rf "$folder"
+    mkdir -p "$folder/source"
+    log=$folder/log
+    codename=$(. /etc/os-release && echo "$VERSION_CODENAME")
+    # shellcheck disable=SC2016 # the names are apt's
+    archive=$(apt-get indextargets --format '$(REPO_URI) $(RELEASE) $(COMPONENT)' 'Created-By: Packages' |
+        sed -n "s/ $codename main\$//p" | head -n 1)
+    [ -n "$archive" ] || die "apt's sources name no Debian archive"
+    echo "deb-src [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] $archive $suite main" >"$folder/sources"
+    suite_apt() { private_apt "$folder/apt" apt-get -o Dir::Etc::SourceList="$folder/sources" -o Dir::Etc::SourceParts=- "$@"; }
+    if ! { suite_apt update && (cd "$folder" && suite_apt --download-only --tar-only source libjsoncpp); } >"$log" 2>&1; then
+        cat "$log" >&2
+        die "there is no source of JsonCpp in $suite"
+    fi
+    tar --extract --file="$(echo "$folder"/libjsoncpp_*.orig.tar.*)" --strip-components=1 --directory="$folder/source"
+    if ! { cmake -G Ninja -S "$folder/source" -B "$folder/build" -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_STANDARD=17 \
+        -DCMAKE_INSTALL_PREFIX="$folder/prefix" -DCMAKE_INSTALL_LIBDIR=lib -DJSONCPP_WITH_TESTS=OFF \
+        -DBUILD_STATIC_LIBS=OFF -DBUILD_OBJECT_LIBS=OFF &&
+        cmake --build "$folder/build" --parallel "$jobs" && cmake --install "$folder/build"; } >"$log" 2>&1; then
+        tail -n 30 "$log" >&2
+        die "the JsonCpp of $suite could not be built"
+    fi
+    : >"$folder/complete"
+}
+
+variant clang -DCMAKE_CXX_COMPILER=clang++
+
+variant static -DVORNJSONDB_STATIC=ON
+
+say "== SQLite"
+# All that is used of SQLite, none of which it calls deprecated.
+used=$(nm --undefined-only -C "$out"/static/src/libvornjsondb.a | sed -n 's/^ *U \(sqlite3_\)/\1/p' | sort -u | xargs)
+[ "$used" = "sqlite3_changes sqlite3_exec sqlite3_free sqlite3_mprintf" ] || die "other functions of SQLite are used: $used"
+for source in src/*.cpp; do
+    # shellcheck disable=SC2046 # flags are many words
+    g++ -std=c++17 -fsyntax-only -DSQLITE_OMIT_DEPRECATED -Iinclude $(pkg-config --cflags jsoncpp sqlite3) "$source"
+done
+say "Used of it: $used"
+
+for suite in "${suites[@]}"; do
+    jsoncpp "$suite"
+    installed=$(sed -n 's/^Version: //p' "$out/jsoncpp-$suite/prefix/lib/pkgconfig/jsoncpp.pc")
+    variant "jsoncpp-$installed" -Djsoncpp_DIR="$out/jsoncpp-$suite/prefix/lib/cmake/jsoncpp"
+    ldd "$out/jsoncpp-$installed/src/libvornjsondb.so" | grep -q "$out/jsoncpp-$suite/" || die "another JsonCpp was tested"
+done
