@@ -136,6 +136,7 @@ bool isLocked(const char* szErr)
 
 }  // namespace
 
+// NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is settled
 int VornJsonDbApi::runSqlEx(std::string strSql, RowCallback callback, void* pContext)
 {
     return execute(strSql, callback, pContext);

@@ -265,7 +265,7 @@ private:
 };
 
 // Replaces everything but objects and arrays by null.
-void reduceToShape(Json::Value& jValue)
+void reduceToShape(Json::Value& jValue)  // NOLINT(misc-no-recursion): the reader's kMaxDepth bounds it
 {
     if (jValue.isObject() || jValue.isArray())
         for (Json::Value& jInner : jValue)

@@ -70,6 +70,7 @@ void appendReal(std::string& strOut, double dValue)
         strOut += Json::valueToString(dValue, kSignificantDigits, Json::PrecisionType::significantDigits);
 }
 
+// NOLINTNEXTLINE(misc-no-recursion): as deep as the value that the caller built, as in JsonCpp's own writer
 void append(std::string& strOut, const Json::Value& jValue)
 {
     switch (jValue.type())
