@@ -23,7 +23,17 @@ inside()
     unshare --mount --pid --fork --kill-child bash -euc '
         root=$1
         shift
-        mount --bind /dev "$root/dev"
+        # Devices of its own: what packages do to those of this machine would stay done.
+        mount -t tmpfs -o mode=755 tmpfs "$root/dev"
+        while read -r name minor; do
+            mknod -m 666 "$root/dev/$name" c 1 "$minor"
+        done <<<"null 3
+zero 5
+full 7
+random 8
+urandom 9"
+        ln -s /proc/self/fd "$root/dev/fd"
+        mkdir -m 1777 "$root/dev/shm"
         mount -t proc proc "$root/proc"
         exec env -i HOME=/root LANG=C.UTF-8 PATH=/usr/sbin:/usr/bin:/sbin:/bin \
             ${http_proxy:+http_proxy="$http_proxy"} ${https_proxy:+https_proxy="$https_proxy"} \
