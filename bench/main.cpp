@@ -101,6 +101,7 @@ void run(const Options& options)
 }  // namespace
 
 int main(int argc, char** argv)
+try
 {
     std::signal(SIGPIPE, SIG_IGN);  // a contestant's process that ends is told by what cannot be read from it
     Options options;
@@ -122,14 +123,11 @@ int main(int argc, char** argv)
     app.add_option("--count", options.count, "operations of --only")->check(CLI::Range(1, 1000));
     CLI11_PARSE(app, argc, argv);
 
-    try
-    {
-        run(options);
-        return 0;
-    }
-    catch (const std::exception& error)
-    {
-        std::fprintf(stderr, "bench: %s\n", error.what());
-        return 1;
-    }
+    run(options);
+    return 0;
+}
+catch (const std::exception& error)
+{
+    std::fprintf(stderr, "bench: %s\n", error.what());
+    return 1;
 }

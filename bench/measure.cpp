@@ -2,12 +2,11 @@
 
 #include "measure.h"
 
-#include <cstdio>
 #include <cstdlib>
-#include <cstring>
 #include <ctime>
-#include <memory>
+#include <fstream>
 #include <stdexcept>
+#include <string>
 
 namespace
 {
@@ -49,19 +48,18 @@ namespace bench
 namespace
 {
 
-// A line "NAME: 123 kB" of /proc/self/status.
-long statusLine(const char* szName)
+// The number of a line "NAME: 123 kB" of /proc/self/status.
+long statusLine(const std::string& strName)
 {
-    const std::unique_ptr<FILE, int (*)(FILE*)> file(std::fopen("/proc/self/status", "r"), std::fclose);
-    char szLine[256];
-    while (file && std::fgets(szLine, sizeof szLine, file.get()) != nullptr)
+    std::ifstream file("/proc/self/status");
+    std::string strWord;
+    long value = 0;
+    while (file >> strWord)
     {
-        long value = 0;
-        if (std::strncmp(szLine, szName, std::strlen(szName)) == 0 &&
-            std::sscanf(szLine + std::strlen(szName), ": %ld kB", &value) == 1)
+        if (strWord == strName && file >> value)
             return value;
     }
-    throw std::runtime_error("/proc/self/status lacks a line");
+    throw std::runtime_error("/proc/self/status has no " + strName);
 }
 
 }  // namespace
@@ -86,12 +84,12 @@ void mergeFreedMemory()
 
 long residentNow()
 {
-    return statusLine("VmRSS");
+    return statusLine("VmRSS:");
 }
 
 long residentPeak()
 {
-    return statusLine("VmHWM");
+    return statusLine("VmHWM:");
 }
 
 }  // namespace bench

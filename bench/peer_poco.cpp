@@ -162,6 +162,7 @@ private:
     static std::vector<Poco::JSON::Object::Ptr> convert(const std::vector<Json::Value>& records)
     {
         std::vector<Poco::JSON::Object::Ptr> converted;
+        converted.reserve(records.size());
         JsonColumns json;
         for (const Json::Value& jRec : records)
             converted.push_back(Poco::JSON::Parser().parse(json.write(jRec)).extract<Poco::JSON::Object::Ptr>());

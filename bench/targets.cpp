@@ -25,13 +25,13 @@ Counts::Counts(const std::string& strPath)
         double instructions = 0;
         if (!(words >> strWork >> strContestant >> instructions))
             throw std::runtime_error("not a line of counts: " + strLine);
-        m_instructions[strWork + ' ' + strContestant] = instructions;
+        m_instructions[{strWork, strContestant}] = instructions;
     }
 }
 
 std::optional<double> Counts::instructions(const std::string& strWork, const std::string& strContestant) const
 {
-    const auto it = m_instructions.find(strWork + ' ' + strContestant);
+    const auto it = m_instructions.find({strWork, strContestant});
     return it == m_instructions.end() ? std::nullopt : std::optional<double>(it->second);
 }
 
@@ -47,7 +47,7 @@ const std::vector<Target>& workTargets()
 {
     constexpr auto none = std::nullopt;
     constexpr Bound faster{0.999, none};
-    const auto time = [](double bound) { return Bound{bound, none}; };
+    const auto time = [](double bound) { return Bound{bound, std::nullopt}; };
     static const std::vector<Target> targets{
         {"list", "kept", {0.90, 0.85}, Bound{0.72, 0.68}},
         {"page", "percall", time(0.90), time(0.76)},

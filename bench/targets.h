@@ -8,6 +8,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "runner.h"
@@ -27,7 +28,7 @@ public:
                                 const std::string& strRival) const;
 
 private:
-    std::map<std::string, double> m_instructions;
+    std::map<std::pair<std::string, std::string>, double> m_instructions;  // by work and contestant
 };
 
 // A bound of time, with one of instructions where there is such.

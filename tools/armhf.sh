@@ -46,15 +46,15 @@ armhf_prepare()
     : >"$done"
 }
 
-# armhf_cmake FOLDER [CMAKE-ARGUMENT...]: configures for armhf into FOLDER and builds; configuring speaks only when it
-# fails.
+# armhf_cmake FOLDER [CMAKE-ARGUMENT...]: configures for armhf into FOLDER and builds all, or $armhf_target; configuring
+# speaks only when it fails.
 armhf_cmake()
 {
     local folder=$1 output
     shift
     output=$(cmake -G Ninja -B "$folder" -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/armhf.toolchain.cmake" "$@" 2>&1) ||
         die "$output"
-    cmake --build "$folder" --parallel "$jobs"
+    cmake --build "$folder" --parallel "$jobs" --target "${armhf_target:-all}"
 }
 
 # armhf_dpkg FOLDER: unpacks the libraries that ours needs into FOLDER and describes them to dpkg in FOLDER/db, from
