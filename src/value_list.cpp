@@ -2,6 +2,7 @@
 
 #include "value_list.h"
 
+#include <charconv>
 #include <cstdint>
 #include <cstring>
 #include <stdexcept>
@@ -11,16 +12,22 @@
 namespace
 {
 
-bool isPlain(const std::string& strText)
+bool isPlain(std::string_view text)
 {
-    return strText.find('%') == std::string::npos && strText.find('\0') == std::string::npos;
+    return text.find('%') == std::string_view::npos && text.find('\0') == std::string_view::npos;
 }
 
-// A result of SQLite's formatter as text; the error is the one that constructing a std::string from null raises.
+// What constructing a std::string from a null pointer raises.
+[[noreturn]] void failWithoutText()
+{
+    throw std::logic_error("basic_string: construction from null is not valid");
+}
+
+// A result of SQLite's formatter as text.
 const char* checked(const char* szFormatted)
 {
     if (szFormatted == nullptr)
-        throw std::logic_error("basic_string: construction from null is not valid");
+        failWithoutText();
     return szFormatted;
 }
 
@@ -215,46 +222,97 @@ std::string formatWhole(const char* szFormat, Argument argument)
 
 }  // namespace
 
-ValueList::ValueList(std::string strStart) : m_strText(std::move(strStart)), m_blPlain(isPlain(m_strText)) {}
+ValueList::ValueList(std::string_view start) : m_blPlain(isPlain(start))
+{
+    append(start);
+}
+
+ValueList::~ValueList()
+{
+    sqlite3_free(m_szText);
+}
+
+void ValueList::append(std::string_view piece)
+{
+    constexpr std::size_t kRoom = 400;  // most lists fit at once
+
+    const std::size_t needed = m_length + piece.size() + 1;
+    if (needed > m_capacity)
+    {
+        const std::size_t capacity = 2 * needed + kRoom;
+        auto* szText = static_cast<char*>(sqlite3_realloc64(m_szText, capacity));
+        if (szText == nullptr)
+            failWithoutText();
+        m_szText = szText;
+        m_capacity = capacity;
+    }
+    std::memcpy(m_szText + m_length, piece.data(), piece.size());
+    m_length += piece.size();
+    m_szText[m_length] = '\0';
+}
 
 template <typename Value>
-void ValueList::add(const char* szConversion, Value value)
+void ValueList::reformat(const char* szConversion, Value value)
 {
-    if (m_blPlain)
-    {
-        const SqliteText szValue(sqlite3_mprintf(szConversion, value));
-        m_strText += checked(szValue);
-        m_blPlain = std::strchr(szValue, '%') == nullptr;
-    }
-    else
-    {
-        m_strText += szConversion;
-        m_strText = formatWhole(m_strText.c_str(), Argument(value));
-        m_blPlain = isPlain(m_strText);
-    }
+    append(szConversion);
+    const std::string strText = formatWhole(m_szText, Argument(value));
+    m_length = 0;
+    append(strText);
+    m_blPlain = isPlain(strText);
+}
+
+template <typename Integer>
+void ValueList::addDecimal(const char* szConversion, Integer value)
+{
+    constexpr std::size_t kMaxLength = 20;
+
+    if (!m_blPlain)
+        return reformat(szConversion, value);
+    char szDigits[kMaxLength];
+    const char* const szEnd = std::to_chars(szDigits, szDigits + kMaxLength, value).ptr;
+    append({szDigits, static_cast<std::size_t>(szEnd - szDigits)});
 }
 
 void ValueList::addInteger(sqlite3_int64 iValue)
 {
-    add("%lld", iValue);
+    addDecimal("%lld", iValue);
 }
 
 void ValueList::addUnsigned(sqlite3_uint64 uValue)
 {
-    add("%llu", uValue);
+    addDecimal("%llu", uValue);
+}
+
+void ValueList::addReal(const char* szConversion, double dValue)
+{
+    if (!m_blPlain)
+        return reformat(szConversion, dValue);
+    const SqliteText szValue(sqlite3_mprintf(szConversion, dValue));
+    append(checked(szValue));
 }
 
 void ValueList::addFloat(float fValue)
 {
-    add("%f", static_cast<double>(fValue));
+    addReal("%f", static_cast<double>(fValue));
 }
 
 void ValueList::addDouble(double dValue)
 {
-    add("%lf", dValue);
+    addReal("%lf", dValue);
 }
 
 void ValueList::addQuoted(const char* szValue)
 {
-    add("%Q", szValue);
+    if (!m_blPlain)
+        return reformat("%Q", szValue);
+    append("'");
+    const char* szPiece = szValue;
+    for (const char* sz = std::strchr(szValue, '\''); sz != nullptr; sz = std::strchr(sz + 1, '\''))
+    {
+        append({szPiece, static_cast<std::size_t>(sz + 1 - szPiece)});
+        szPiece = sz;  // which writes the quote a second time
+    }
+    append(szPiece);
+    append("'");
+    m_blPlain = std::strchr(szValue, '%') == nullptr;
 }

@@ -3,21 +3,27 @@
 // The text of a statement whose values are added one by one, each formatted by SQLite together with everything that
 // stands before it: the whole text so far is the format, the value its only argument. So a '%' that has come into the
 // text is read as a conversion by every later value.
+//
+// While there is no '%' in the text, formatting it again would not change it, and the value is only appended: 3.5 % of
+// a create's instructions (./dev figures).
 
 #ifndef VORN_VALUE_LIST_H
 #define VORN_VALUE_LIST_H
 
 #include <sqlite3.h>
 
-#include <string>
+#include <string_view>
 
 class ValueList
 {
 public:
-    explicit ValueList(std::string strStart);
+    explicit ValueList(std::string_view start);
+    ~ValueList();
+    ValueList(const ValueList&) = delete;
+    ValueList& operator=(const ValueList&) = delete;
 
-    // Each add formats the text so far followed by the value's conversion. std::logic_error when SQLite's formatter
-    // gives nothing.
+    // Each add formats the text so far followed by the value's conversion. std::logic_error where SQLite has no memory
+    // for the text.
     void addInteger(sqlite3_int64 iValue);    // %lld
     void addUnsigned(sqlite3_uint64 uValue);  // %llu
     void addFloat(float fValue);              // %f
@@ -25,16 +31,22 @@ public:
     void addQuoted(const char* szValue);      // %Q
 
     // Appends a separator, which holds no '%'.
-    void addSeparator(const char* szSeparator) { m_strText += szSeparator; }
+    void addSeparator(std::string_view separator) { append(separator); }
 
-    std::string& text() { return m_strText; }
+    std::string_view text() const { return {m_szText, m_length}; }
 
 private:
+    void append(std::string_view piece);
     template <typename Value>
-    void add(const char* szConversion, Value value);
+    void reformat(const char* szConversion, Value value);
+    template <typename Integer>
+    void addDecimal(const char* szConversion, Integer value);
+    void addReal(const char* szConversion, double dValue);
 
-    std::string m_strText;
-    bool m_blPlain;  // no '%' and no NUL in the text: formatting it once more would not change it
+    char* m_szText = nullptr;  // in SQLite's memory, as what its formatter gives
+    std::size_t m_length = 0;
+    std::size_t m_capacity = 0;
+    bool m_blPlain;  // no '%' and no NUL in the text
 };
 
 #endif  // VORN_VALUE_LIST_H
