@@ -8,8 +8,7 @@
 //     operation says otherwise. Out-parameters are untouched on failure unless the operation says otherwise. What
 //     failed is told by the log lines (7), not by the result.
 //  2. Two failure texts live in the object: SQLite's text of the last failed statement, which only the log lines show,
-//  and
-//     the error message, read with getErrMsg(). recCreate() and recUpdateByFilter() set the latter to
+//     and the error message, read with getErrMsg(). recCreate() and recUpdateByFilter() set the latter to
 //     "DUPLICATE_PRIMARY_KEY"; the library never clears it. Clear it yourself with setErrMsg("") before a call that you
 //     want to judge by it.
 //  3. Ownership. The caller owns the connection and every value it passes. The object copies the table's name, its
@@ -104,7 +103,7 @@ public:
     VORN_JSON_DB_EXPORT int recList(Json::Value& jRecParam, Json::Value& jRecArrayOut);
 
     // Copies the members of the first matching record over those of jRecOut; members that the record lacks (SQL NULL)
-    // stay as they were. 1 when found, 0 when not (jRecOut untouched), -1 on failure. No limit is added: pass "limit":
+    // stay as they were. 1 when found, 0 when not (jRecOut untouched), -1 on failure. No limit is added: set "limit" to
     // 1 when many rows may match.
     VORN_JSON_DB_EXPORT int recGetOne(Json::Value& jRecParam, Json::Value& jRecOut);
 

@@ -3,7 +3,9 @@
 # looks for faults without running anything: format, warnings of two compilers, four analysers
 . "$(dirname "$0")/common.sh"
 
-need "${packages_lint[@]}"
+. tools/bench.sh
+
+need "${packages_lint[@]}" "${packages_bench[@]}"
 
 folders=()
 for folder in include src tests examples bench fuzz; do
@@ -19,7 +21,7 @@ say "== shellcheck"
 shellcheck "${scripts[@]}"
 
 say "== g++, warnings are errors"
-build gcc
+build gcc -DVORNJSONDB_BENCH=ON
 
 # A build repeats what has changed, but does not know of clang-tidy's configuration.
 if [ -n "$(find . -name .clang-tidy -newer build/clang/CMakeCache.txt 2>/dev/null)" ]; then
@@ -28,7 +30,7 @@ fi
 say "== clang++, warnings are errors, and clang-tidy"
 # It would go on with next to no checks where it cannot read its configuration.
 grep -q bugprone-use-after-move <<<"$(clang-tidy --list-checks)" || die "clang-tidy does not understand .clang-tidy"
-build clang "-DCMAKE_CXX_CLANG_TIDY=clang-tidy;--quiet"
+build clang -DVORNJSONDB_BENCH=ON "-DCMAKE_CXX_CLANG_TIDY=clang-tidy;--quiet"
 
 # Not its style checks: they ask for algorithms in place of loops, and for other signatures than the settled ones.
 say "== cppcheck"
