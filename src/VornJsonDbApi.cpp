@@ -368,16 +368,24 @@ const Json::Value& definedMembers(Json::Value& jTableDef, const std::string& str
     return jMembers;
 }
 
+// What asString() gives, without a copy where the value holds a text already.
+const char* textOf(const Json::Value& jValue, std::string& strConverted)
+{
+    const char* szText = jValue.isString() ? jValue.asCString() : nullptr;
+    if (szText != nullptr)
+        return szText;
+    strConverted = jValue.asString();
+    return strConverted.c_str();
+}
+
 // Adds one value by the type of its member. False for types that cannot be written.
 bool addValue(ValueList& values, CppType type, const Json::Value& jValue)
 {
+    std::string strConverted;
     switch (type)
     {
         case CppType::String:
-            if (jValue.isString())
-                values.addQuoted(jValue.asCString());
-            else
-                values.addQuoted(jValue.asString().c_str());
+            values.addQuoted(textOf(jValue, strConverted));
             return true;
         case CppType::LongLong:
         case CppType::Int:
@@ -467,15 +475,6 @@ int VornJsonDbApi::SqlExpandMemberSymbol(std::string& strOut, Json::Value& jRec)
 namespace
 {
 
-// What asString() gives, without a copy where the value is a string already.
-const char* textOf(const Json::Value& jValue, std::string& strConverted)
-{
-    if (jValue.isString())
-        return jValue.asCString();
-    strConverted = jValue.asString();
-    return strConverted.c_str();
-}
-
 int makeMatch(const TypeMember& member, const Json::Value& jParam, std::string& strOut)
 {
     std::string strConverted;
@@ -538,11 +537,12 @@ int VornJsonDbApi::SqlMakeByListField(const char* szField, Json::Value& jList, s
     std::string strItems;
     for (const Json::Value& jItem : jList)
     {
+        std::string strConverted;
         SqliteText szSql;
         switch (pMember->type)
         {
             case CppType::String:
-                if (VORN_FAILED_AS(NULL == (szSql = sqlite3_mprintf("%q", jItem.asString().c_str())),
+                if (VORN_FAILED_AS(NULL == (szSql = sqlite3_mprintf("%q", textOf(jItem, strConverted))),
                                    R"(NULL == (szSql = sqlite3_mprintf("%q", jList[i].asString().c_str())))"))
                     return -1;
                 appendAll(strItems, {"'", szSql.view(), "'"});
@@ -556,7 +556,7 @@ int VornJsonDbApi::SqlMakeByListField(const char* szField, Json::Value& jList, s
                 appendAll(strItems, {"'", szSql.view(), "'"});
                 break;
             default:
-                if (VORN_FAILED_AS(NULL == (szSql = sqlite3_mprintf("%q", jItem.asString().c_str())),
+                if (VORN_FAILED_AS(NULL == (szSql = sqlite3_mprintf("%q", textOf(jItem, strConverted))),
                                    R"(NULL == (szSql = sqlite3_mprintf("%q", jList[i].asString().c_str())))"))
                     return -1;
                 strItems += szSql;

@@ -325,6 +325,17 @@ TEST_F(Conditions, ItemsThatWereNeverSetAreNull)
     EXPECT_EQ("before tags='[null,null,1]'", out);
 }
 
+TEST_F(Conditions, StringWithoutATextIsEmpty)
+{
+    Json::Value none = Json::StaticString(nullptr);
+    std::string name = "name";
+    EXPECT_EQ(0, store->SqlMakeByMatchField(name, none, out));
+    Json::Value items;
+    items.append(none);
+    EXPECT_EQ(0, store->SqlMakeByListField("name", items, out));
+    EXPECT_EQ("before name=''name in ('' )", out);
+}
+
 TEST_F(Conditions, NameMayStandInTheOutputItself)
 {
     std::string text = "a_column_whose_name_is_longer_than_a_short_string";

@@ -233,6 +233,7 @@ TEST(ValueList, StringsAreQuoted)
                                      {-5, "'-5'"},
                                      {true, "'true'"},
                                      {Json::Value(), "''"},
+                                     {Json::StaticString(nullptr), "''"},
                                      {3.0, "'3.0'"},
                                      {1.5, "'1.5'"},
                                  });
