@@ -33,11 +33,17 @@ for work in list page create fetch update delete; do
 done | count_works $program >$data/counts.txt
 [ ${#quick[@]} -gt 0 ] || tools/count-work.sh $program list library 100000 | sed 's/^list/list@100000/' >>$data/counts.txt
 
-# machine: one line on what the figures were measured with.
-machine()
+# when_and_where: date and machine class.
+when_and_where()
 {
     printf '%s, %s, %s processors, %s' "$(date -u +%F)" "$(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1)" \
         "$(nproc)" "$(. /etc/os-release && printf '%s' "$PRETTY_NAME")"
+}
+
+# machine: one line on what the figures were measured with.
+machine()
+{
+    when_and_where
     versions g++-12 libc6 libsqlite3-0 libjsoncpp25 libsqlitecpp-dev libsoci-dev libpoco-dev valgrind |
         awk '{ printf ", %s %s", $1, $2 }'
     printf '; the library at commit %s%s.\n' "$(git rev-parse --short HEAD)" \
@@ -69,10 +75,36 @@ columns=$(awk -F '\t' 'NR == 1 { print NF }' $data/works.tsv)
 gnuplot -e "data='$data/works.tsv'; columns=$columns; picture='docs/benchmark-works.svg'" bench/works.gp
 gnuplot -e "folder='$data'; columns=$columns; picture='docs/benchmark-growth.svg'" bench/growth.gp
 
-page=docs/benchmark.md
-awk -v report=$folder/report.md '
-    /^<!-- figures -->$/ { print; print ""; while ((getline line < report) > 0) print line; print ""; skip = 1 }
-    /^<!-- end of figures -->$/ { skip = 0 }
-    !skip' $page >$page.new
-mv $page.new $page
-say "Written: $page and its pictures"
+# in_short: the table of the README, each cell the ratio of time and that of instructions.
+in_short()
+{
+    printf '%s:\n\n' "$(when_and_where)"
+    printf '| | vornjsondb | hand-written, kept | SQLiteCpp | SOCI | POCO |\n|---|---|---|---|---|---|\n'
+    awk -F '[\t ]' -v contestants="library percall kept exec sqlitecpp soci poco raw" '
+        BEGIN { split(contestants, column) }
+        FNR == NR { instructions[$1, $2] = $3; next }
+        FNR > 1 {
+            work = $1
+            gsub("\"", "", work)
+            rival = work == "list" ? "kept" : "percall"
+            printf "| %s |", work
+            for (i = 1; i <= 7; i++)
+                if (column[i] != "percall" && column[i] != "exec")
+                    printf " %.2f, %.2f |", $(i + 1), instructions[work, column[i]] / instructions[work, rival]
+            printf "\n"
+        }' $data/counts.txt $data/works.tsv
+}
+in_short >$folder/short.md
+
+# put FIGURES PAGE: replaces what stands between the page's two marks.
+put()
+{
+    awk -v figures="$1" '
+        /^<!-- figures -->$/ { print; print ""; while ((getline line < figures) > 0) print line; print ""; skip = 1 }
+        /^<!-- end of figures -->$/ { skip = 0 }
+        !skip' "$2" >"$2.new"
+    mv "$2.new" "$2"
+    say "Written: $2"
+}
+put $folder/report.md docs/benchmark.md
+put $folder/short.md README.md
