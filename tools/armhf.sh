@@ -72,9 +72,8 @@ armhf_dpkg()
         dpkg-deb --field "$deb" | sed '1a Status: install ok installed'
         echo
         for part in symbols shlibs; do
-            if dpkg-deb --ctrl-tarfile "$deb" | tar --list | grep -qx "./$part"; then
-                dpkg-deb --info "$deb" "$part" >"$folder/db/info/$package:armhf.$part"
-            fi
+            dpkg-deb --info "$deb" "$part" >"$folder/db/info/$package:armhf.$part" 2>/dev/null ||
+                rm "$folder/db/info/$package:armhf.$part"
         done
         dpkg-deb --fsys-tarfile "$deb" | tar --list | sed -e "s|^\.|$folder|" -e 's|/$||' \
             >"$folder/db/info/$package:armhf.list"

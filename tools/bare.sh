@@ -50,7 +50,7 @@ bare_make()
 
     local sources mirror proxy='' uri suite component
     sources=$(debian_sources)
-    mirror=$(sed -nE "s/^([^ ]+) $release main\$/\1/p" <<<"$sources" | head -n 1)
+    mirror=$(sed -nE "s/^([^ ]+) $release main\$/\1/p" <<<"$sources" | sed -n 1p)
     [ -n "$mirror" ] || die "apt's sources name no Debian archive to make a new system from"
 
     say "== making a bare Debian 12 in $root"

@@ -36,7 +36,7 @@ done | count_works $program >$data/counts.txt
 # when_and_where: date and machine class.
 when_and_where()
 {
-    printf '%s, %s, %s processors, %s' "$(date -u +%F)" "$(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | head -n 1)" \
+    printf '%s, %s, %s processors, %s' "$(date -u +%F)" "$(sed -n 's/^model name[^:]*: //p' /proc/cpuinfo | sed -n 1p)" \
         "$(nproc)" "$(. /etc/os-release && printf '%s' "$PRETTY_NAME")"
 }
 

@@ -33,7 +33,7 @@ jsoncpp()
     codename=$(. /etc/os-release && echo "$VERSION_CODENAME")
     # shellcheck disable=SC2016 # the names are apt's
     archive=$(apt-get indextargets --format '$(REPO_URI) $(RELEASE) $(COMPONENT)' 'Created-By: Packages' |
-        sed -n "s/ $codename main\$//p" | head -n 1)
+        sed -n "s/ $codename main\$//p" | sed -n 1p)
     [ -n "$archive" ] || die "apt's sources name no Debian archive"
     echo "deb-src [signed-by=/usr/share/keyrings/debian-archive-keyring.gpg] $archive $suite main" >"$folder/sources"
     suite_apt() { private_apt "$folder/apt" apt-get -o Dir::Etc::SourceList="$folder/sources" -o Dir::Etc::SourceParts=- "$@"; }
@@ -70,5 +70,6 @@ for suite in "${suites[@]}"; do
     jsoncpp "$suite"
     installed=$(sed -n 's/^Version: //p' "$out/jsoncpp-$suite/prefix/lib/pkgconfig/jsoncpp.pc")
     variant "jsoncpp-$installed" -Djsoncpp_DIR="$out/jsoncpp-$suite/prefix/lib/cmake/jsoncpp"
-    ldd "$out/jsoncpp-$installed/src/libvornjsondb.so" | grep -q "$out/jsoncpp-$suite/" || die "another JsonCpp was tested"
+    grep -q "$out/jsoncpp-$suite/" <<<"$(ldd "$out/jsoncpp-$installed/src/libvornjsondb.so")" ||
+        die "another JsonCpp was tested"
 done
