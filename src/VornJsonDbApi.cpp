@@ -482,7 +482,7 @@ int makeMatch(const TypeMember& member, const Json::Value& jParam, std::string& 
     switch (member.type)
     {
         case CppType::String:
-            if (VORN_FAILED_AS(NULL == (szSql = sqlite3_mprintf("%q", textOf(jParam, strConverted))),
+            if (VORN_FAILED_AS(NULL == (szSql = escaped(textOf(jParam, strConverted))),
                                R"(NULL == (szSql = sqlite3_mprintf("%q", jParam.asString().c_str())))"))
                 return -1;
             appendAll(strOut, {member.strName, "='", szSql.view(), "'"});
@@ -490,7 +490,7 @@ int makeMatch(const TypeMember& member, const Json::Value& jParam, std::string& 
         case CppType::JsonValue:
         case CppType::JsonArray:
         case CppType::JsonObject:
-            if (VORN_FAILED_AS(NULL == (szSql = sqlite3_mprintf("%q", toString(jParam).c_str())),
+            if (VORN_FAILED_AS(NULL == (szSql = escaped(toString(jParam).c_str())),
                                R"(NULL == (szSql = sqlite3_mprintf("%q", jParam.toString().c_str())))"))
                 return -1;
             appendAll(strOut, {member.strName, "='", szSql.view(), "'"});
@@ -501,7 +501,7 @@ int makeMatch(const TypeMember& member, const Json::Value& jParam, std::string& 
             appendAll(strOut, {member.strName, "=", szSql.view()});
             return 0;
         default:  // bare: a text given for a number becomes part of the statement
-            if (VORN_FAILED_AS(NULL == (szSql = sqlite3_mprintf("%q", textOf(jParam, strConverted))),
+            if (VORN_FAILED_AS(NULL == (szSql = escaped(textOf(jParam, strConverted))),
                                R"(NULL == (szSql = sqlite3_mprintf("%q", jParam.asString().c_str())))"))
                 return -1;
             appendAll(strOut, {member.strName, "=", szSql.view()});
@@ -542,7 +542,7 @@ int VornJsonDbApi::SqlMakeByListField(const char* szField, Json::Value& jList, s
         switch (pMember->type)
         {
             case CppType::String:
-                if (VORN_FAILED_AS(NULL == (szSql = sqlite3_mprintf("%q", textOf(jItem, strConverted))),
+                if (VORN_FAILED_AS(NULL == (szSql = escaped(textOf(jItem, strConverted))),
                                    R"(NULL == (szSql = sqlite3_mprintf("%q", jList[i].asString().c_str())))"))
                     return -1;
                 appendAll(strItems, {"'", szSql.view(), "'"});
@@ -550,13 +550,13 @@ int VornJsonDbApi::SqlMakeByListField(const char* szField, Json::Value& jList, s
             case CppType::JsonValue:
             case CppType::JsonObject:
             case CppType::JsonArray:
-                if (VORN_FAILED_AS(NULL == (szSql = sqlite3_mprintf("%q", toString(jItem).c_str())),
+                if (VORN_FAILED_AS(NULL == (szSql = escaped(toString(jItem).c_str())),
                                    R"(NULL == (szSql = sqlite3_mprintf("%q", jList[i].toString().c_str())))"))
                     return -1;
                 appendAll(strItems, {"'", szSql.view(), "'"});
                 break;
             default:
-                if (VORN_FAILED_AS(NULL == (szSql = sqlite3_mprintf("%q", textOf(jItem, strConverted))),
+                if (VORN_FAILED_AS(NULL == (szSql = escaped(textOf(jItem, strConverted))),
                                    R"(NULL == (szSql = sqlite3_mprintf("%q", jList[i].asString().c_str())))"))
                     return -1;
                 strItems += szSql;

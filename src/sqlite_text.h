@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A text that SQLite allocated, released with sqlite3_free().
+// Texts that SQLite allocated.
 
 #ifndef VORN_SQLITE_TEXT_H
 #define VORN_SQLITE_TEXT_H
@@ -9,6 +9,7 @@
 
 #include <string_view>
 
+// Released with sqlite3_free().
 class SqliteText
 {
 public:
@@ -40,5 +41,9 @@ public:
 private:
     char* m_szText = nullptr;
 };
+
+// What sqlite3_mprintf("%q", szText) gives, null without memory included. Won 2.5 % of an update's instructions, which
+// an update needs to stay within a quarter of hand-written code (./dev figures).
+char* escaped(const char* szText);
 
 #endif  // VORN_SQLITE_TEXT_H

@@ -63,7 +63,7 @@ look_for_faults()
 show_coverage()
 {
     need "${packages_fuzz[@]}" llvm
-    local folder=build/fuzz-coverage objects=() target extra
+    local folder=build/fuzz-coverage programs=() target extra
     build_targets fuzz-coverage "${@/#/replay_}"
     rm -f "$folder"/*.profraw
     for target in "$@"; do
@@ -73,13 +73,20 @@ show_coverage()
         done
         LLVM_PROFILE_FILE=$folder/$target.profraw "$folder/fuzz/replay_$target" "${folders[@]}" | tail -1
         llvm-profdata merge -o "$folder/$target.profdata" "$folder/$target.profraw"
-        objects+=(-object "$folder/fuzz/replay_$target")
         say "== $target"
-        llvm-cov report "$folder/fuzz/replay_$target" -instr-profile="$folder/$target.profdata" "$PWD/src"
+        report "$target" "$folder/fuzz/replay_$target"
+        programs+=(${programs[0]:+-object} "$folder/fuzz/replay_$target")
     done
     llvm-profdata merge -o "$folder/all.profdata" "$folder"/*.profraw
     say "== all of them"
-    llvm-cov report "${objects[@]}" -instr-profile="$folder/all.profdata" "$PWD/src"
+    report all "${programs[@]}"
+}
+
+# report NAME PROGRAM [-object PROGRAM...]: the lines and branches of src/ alone.
+report()
+{
+    llvm-cov report "${@:2}" -instr-profile="build/fuzz-coverage/$1.profdata" -show-region-summary=false \
+        -ignore-filename-regex='^(fuzz|tests|/usr)/'
 }
 
 work=(look_for_faults 60)

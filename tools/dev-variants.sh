@@ -59,7 +59,7 @@ variant static -DVORNJSONDB_STATIC=ON
 say "== SQLite"
 # All that is used of SQLite, none of which it calls deprecated.
 used=$(nm --undefined-only -C "$out"/static/src/libvornjsondb.a | sed -n 's/^ *U \(sqlite3_\)/\1/p' | sort -u | xargs)
-[ "$used" = "sqlite3_changes sqlite3_exec sqlite3_free sqlite3_mprintf sqlite3_realloc64" ] || die "other functions of SQLite are used: $used"
+[ "$used" = "sqlite3_changes sqlite3_exec sqlite3_free sqlite3_malloc64 sqlite3_mprintf sqlite3_realloc64" ] || die "other functions of SQLite are used: $used"
 for source in src/*.cpp; do
     # shellcheck disable=SC2046 # flags are many words
     g++ -std=c++17 -fsyntax-only -DSQLITE_OMIT_DEPRECATED -Iinclude $(pkg-config --cflags jsoncpp sqlite3) "$source"
@@ -69,7 +69,10 @@ say "Used of it: $used"
 for suite in "${suites[@]}"; do
     jsoncpp "$suite"
     installed=$(sed -n 's/^Version: //p' "$out/jsoncpp-$suite/prefix/lib/pkgconfig/jsoncpp.pc")
-    variant "jsoncpp-$installed" -Djsoncpp_DIR="$out/jsoncpp-$suite/prefix/lib/cmake/jsoncpp"
+    # The hosts that the tests build find the same one.
+    prefix=$out/jsoncpp-$suite/prefix
+    CMAKE_PREFIX_PATH=$prefix PKG_CONFIG_PATH=$prefix/lib/pkgconfig LD_LIBRARY_PATH=$prefix/lib \
+        variant "jsoncpp-$installed"
     grep -q "$out/jsoncpp-$suite/" <<<"$(ldd "$out/jsoncpp-$installed/src/libvornjsondb.so")" ||
         die "another JsonCpp was tested"
 done
