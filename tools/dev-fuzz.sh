@@ -86,7 +86,7 @@ show_coverage()
 report()
 {
     llvm-cov report "${@:2}" -instr-profile="build/fuzz-coverage/$1.profdata" -show-region-summary=false \
-        -ignore-filename-regex='^(fuzz|tests|/usr)/'
+        -ignore-filename-regex='/(fuzz|tests)/'
 }
 
 work=(look_for_faults 60)
