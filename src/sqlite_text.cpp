@@ -6,23 +6,19 @@
 
 char* escaped(const char* szText)
 {
-    const char* const szFirstQuote = std::strchr(szText, '\'');
-    std::size_t length = std::strlen(szText);
-    for (const char* sz = szFirstQuote; sz != nullptr; sz = std::strchr(sz + 1, '\''))
-        ++length;
+    std::size_t length = 0;
+    escape(szText, [&](std::string_view piece) { length += piece.size(); });
     auto* const szEscaped = static_cast<char*>(sqlite3_malloc64(length + 1));
     if (szEscaped == nullptr)
         return nullptr;
 
-    char* szOut = szEscaped;
-    const char* szPiece = szText;
-    for (const char* sz = szFirstQuote; sz != nullptr; sz = std::strchr(sz + 1, '\''))
-    {
-        const auto pieceLength = static_cast<std::size_t>(sz + 1 - szPiece);
-        std::memcpy(szOut, szPiece, pieceLength);
-        szOut += pieceLength;
-        szPiece = sz;  // which writes the quote a second time
-    }
-    std::memcpy(szOut, szPiece, std::strlen(szPiece) + 1);
+    char* szEnd = szEscaped;
+    escape(szText,
+           [&](std::string_view piece)
+           {
+               std::memcpy(szEnd, piece.data(), piece.size());
+               szEnd += piece.size();
+           });
+    *szEnd = '\0';
     return szEscaped;
 }

@@ -1,12 +1,13 @@
 // SPDX-License-Identifier: MIT
 //
-// Texts that SQLite allocated.
+// Texts that SQLite allocated, and texts as SQL writes them.
 
 #ifndef VORN_SQLITE_TEXT_H
 #define VORN_SQLITE_TEXT_H
 
 #include <sqlite3.h>
 
+#include <cstring>
 #include <string_view>
 
 // Released with sqlite3_free().
@@ -41,6 +42,18 @@ public:
 private:
     char* m_szText = nullptr;
 };
+
+// Hands the pieces of the text to append() that together are the text with each of its single quotes twice.
+template <typename Append>
+void escape(const char* szText, Append append)
+{
+    for (const char* sz = std::strchr(szText, '\''); sz != nullptr; sz = std::strchr(sz + 1, '\''))
+    {
+        append(std::string_view(szText, static_cast<std::size_t>(sz + 1 - szText)));
+        szText = sz;  // the next piece begins with the quote again
+    }
+    append(std::string_view(szText));
+}
 
 // What sqlite3_mprintf("%q", szText) gives, null without memory included. Won 2.5 % of an update's instructions, which
 // an update needs to stay within a quarter of hand-written code (./dev figures).

@@ -306,13 +306,7 @@ void ValueList::addQuoted(const char* szValue)
     if (!m_blPlain)
         return reformat("%Q", szValue);
     append("'");
-    const char* szPiece = szValue;
-    for (const char* sz = std::strchr(szValue, '\''); sz != nullptr; sz = std::strchr(sz + 1, '\''))
-    {
-        append({szPiece, static_cast<std::size_t>(sz + 1 - szPiece)});
-        szPiece = sz;  // which writes the quote a second time
-    }
-    append(szPiece);
+    escape(szValue, [this](std::string_view piece) { append(piece); });
     append("'");
     m_blPlain = std::strchr(szValue, '%') == nullptr;
 }
