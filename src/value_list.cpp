@@ -236,10 +236,9 @@ void ValueList::append(std::string_view piece)
 {
     constexpr std::size_t kRoom = 400;  // most lists fit at once
 
-    const std::size_t needed = m_length + piece.size() + 1;
-    if (needed > m_capacity)
+    if (m_szText == nullptr || m_capacity - m_length <= piece.size())  // one more for the NUL
     {
-        const std::size_t capacity = 2 * needed + kRoom;
+        const std::size_t capacity = 2 * (m_length + piece.size()) + kRoom;
         auto* szText = static_cast<char*>(sqlite3_realloc64(m_szText, capacity));
         if (szText == nullptr)
             failWithoutText();
