@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # measures the library beside hand-written code and other libraries: [--quick] for a first impression
 #
-# Without --quick it also rewrites the figures in docs/benchmark.md and its pictures; that takes about 15 minutes of a
+# Without --quick it also rewrites the figures in README.md and docs/benchmark.md and its pictures; that takes about 15 minutes of a
 # machine that has nothing else to do.
 . "$(dirname "$0")/common.sh"
 . tools/armhf.sh

@@ -2,7 +2,6 @@
 # SPDX-License-Identifier: MIT
 # looks for faults without running anything: format, warnings of two compilers, four analysers
 . "$(dirname "$0")/common.sh"
-
 . tools/bench.sh
 
 need "${packages_lint[@]}" "${packages_bench[@]}"
