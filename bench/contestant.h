@@ -29,8 +29,8 @@ public:
     virtual sqlite3* connection() = 0;
 
     // What the next operations get. Not measured: here a contestant turns it into its own kind of record, where that is
-    // not Json::Value. The input outlives its use.
-    virtual void give(const Input& input) { m_pInput = &input; }
+    // not Json::Value. The input outlives its use and is not changed by it.
+    virtual void give(Input& input) { m_pInput = &input; }
 
     virtual std::size_t list() = 0;
     virtual std::size_t page(std::size_t offset) = 0;
@@ -45,12 +45,12 @@ public:
     virtual void clear() { m_jResult = Json::Value(); }
 
 protected:
-    const Input& input() const { return *m_pInput; }
+    Input& input() const { return *m_pInput; }
 
     Json::Value m_jResult;
 
 private:
-    const Input* m_pInput = nullptr;
+    Input* m_pInput = nullptr;
 };
 
 // How a contestant is made: on the database at a path, or ":memory:".

@@ -40,12 +40,6 @@ public:
 
     sqlite3* connection() override { return m_db; }
 
-    void give(const Input& input) override
-    {
-        Contestant::give(input);
-        m_input = input;  // the interface takes references that are not const
-    }
-
     std::size_t list() override
     {
         clear();
@@ -67,7 +61,7 @@ public:
     std::size_t create(std::size_t i) override
     {
         clear();
-        check(m_api.recCreate(m_input.records[i], m_jResult));
+        check(m_api.recCreate(input().records[i], m_jResult));
         return 1;
     }
 
@@ -75,19 +69,19 @@ public:
     {
         clear();
         Json::Value jParam;
-        jParam[kKey] = m_input.keys[i];
+        jParam[kKey] = input().keys[i];
         return check(m_api.recGetOne(jParam, m_jResult));
     }
 
     std::size_t update(std::size_t i) override
     {
         Json::Value jFilter;
-        jFilter[kKey] = m_input.keys[i];
-        check(m_api.recUpdateByFilter(jFilter, m_input.changes[i]));
+        jFilter[kKey] = input().keys[i];
+        check(m_api.recUpdateByFilter(jFilter, input().changes[i]));
         return static_cast<std::size_t>(sqlite3_changes(m_db));
     }
 
-    std::size_t remove(std::size_t i) override { return check(m_api.recDeleteByName(m_input.keys[i], kKey)); }
+    std::size_t remove(std::size_t i) override { return check(m_api.recDeleteByName(input().keys[i], kKey)); }
 
 private:
     static std::size_t check(int result)
@@ -102,7 +96,6 @@ private:
     Json::Value m_jTableDef = tableDefinition();
     std::string m_strCreate = kCreateTable;
     VornJsonDbApi m_api;
-    Input m_input;
 };
 
 }  // namespace

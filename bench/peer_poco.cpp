@@ -39,7 +39,7 @@ public:
 
     sqlite3* connection() override { return Poco::Data::SQLite::Utility::dbHandle(m_session); }
 
-    void give(const Input& input) override
+    void give(Input& input) override
     {
         Contestant::give(input);
         m_records = convert(input.records);

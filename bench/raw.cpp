@@ -36,7 +36,7 @@ public:
 
     sqlite3* connection() override { return m_db; }
 
-    void give(const Input& input) override
+    void give(Input& input) override
     {
         m_creates.clear();
         m_fetches.clear();

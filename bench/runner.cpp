@@ -41,16 +41,26 @@ std::size_t operationsPerBatch(Place& place, const Work& work, std::int64_t want
 
 Rounds::Rounds(std::vector<Lane> lanes, std::size_t rounds, std::mt19937& random)
 {
+    // What else the machine does can only slow a batch, so the fastest of a few is nearest to what the work costs.
+    constexpr int kBatches = 3;
     for (std::size_t round = 0; round < rounds; ++round)
     {
-        std::shuffle(lanes.begin(), lanes.end(), random);
-        for (const Lane& lane : lanes)
+        std::map<std::string, double> fastest;
+        for (int i = 0; i < kBatches; ++i)
         {
-            const Cost cost = lane.worker->run(lane.task);
-            const auto records = static_cast<double>(cost.records);
-            m_nanoseconds[lane.strId].push_back(static_cast<double>(cost.nanoseconds) / records);
-            m_allocations[lane.strId] = static_cast<double>(cost.allocations) / records;
+            std::shuffle(lanes.begin(), lanes.end(), random);
+            for (const Lane& lane : lanes)
+            {
+                const Cost cost = lane.worker->run(lane.task);
+                const auto records = static_cast<double>(cost.records);
+                const double nanoseconds = static_cast<double>(cost.nanoseconds) / records;
+                const auto it = fastest.emplace(lane.strId, nanoseconds).first;
+                it->second = std::min(it->second, nanoseconds);
+                m_allocations[lane.strId] = static_cast<double>(cost.allocations) / records;
+            }
         }
+        for (const auto& [strId, nanoseconds] : fastest)
+            m_nanoseconds[strId].push_back(nanoseconds);
     }
 }
 

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Rounds of measured batches, shuffled in each round, and ratios that are formed within a round.
+// Rounds of measured batches in ever new random orders, and ratios that are formed within a round.
 
 #ifndef VORN_BENCH_RUNNER_H
 #define VORN_BENCH_RUNNER_H
@@ -30,7 +30,7 @@ struct Spread
     double most = 0;
 };
 
-// One batch that takes its turn in every round.
+// What takes its turns in every round.
 struct Lane
 {
     std::string strId;
