@@ -205,6 +205,10 @@ private:
     int execute(const std::string& strSql, int (*callback)(void*, int, char**, char**), void* pContext);
     int expandMembers(Json::Value& jRecParam, std::string& strSqlOut, int andType, bool blRawFilter);
     int save(Json::Value& jRecInOut, bool blCreate, Json::Value& jStored);
+    int select(Json::Value& jRecParam, bool blArray, int (*callback)(void*, int, char**, char**), void* pContext);
+    int removeWhere(bool blFailed, const std::string& strSqlWhere, bool blAllowAll);
+    int removeTexts(const std::string* pTexts, std::size_t count, const char* szKey);
+    const std::vector<std::string>& memberNames();
 
     sqlite3* m_pDb = nullptr;
     std::string m_strName;
@@ -213,6 +217,7 @@ private:
     std::string m_strSqlCreate;
     std::string m_strSqlErr;
     std::string m_strErrMsg;
+    std::vector<std::string> m_names;
 };
 
 namespace VORN_JSON_DB

@@ -24,11 +24,10 @@ public:
 
 private:
     bool matches(const std::vector<TypeMember>& members, char** column_name) const;
-    bool learnOrder(const std::vector<TypeMember>& members, char** column_name);
+    bool learnColumns(const std::vector<TypeMember>& members, char** column_name);
 
-    Json::Value m_jRecord;              // null where no record of the table can be filled at once
-    std::vector<std::size_t> m_order;   // the member of each column, as in the last row
-    std::vector<Json::Value*> m_slots;  // the members of the record that is being filled
+    Json::Value m_jRecord;               // null where no record of the table can be filled at once
+    std::vector<std::size_t> m_columns;  // the column of each member, as in the last row
 };
 
 #endif  // VORN_RECORD_PROTOTYPE_H

@@ -19,17 +19,16 @@ std::vector<TypeMember> membersOf(const Json::Value& jType)
     for (auto it = jType.begin(); it != jType.end(); ++it)
     {
         const Json::Value& jMember = *it;
-        std::string strTypeName = jMember["cpptype"].asString();
-        const CppType type = cppTypeOf(strTypeName);
-        members.push_back({it.name(), std::move(strTypeName), type, jMember.isMember("cppDefaultValue"),
-                           jMember["cppDefaultValue"], JsonReader()});
+        const std::string strTypeName = jMember["cpptype"].asString();
+        members.push_back({it.name(), cppTypeOf(strTypeName), jMember.isMember("cppDefaultValue"), JsonReader(),
+                           jMember["cppDefaultValue"], strTypeName});
     }
     return members;
 }
 
 }  // namespace
 
-TypeMap::TypeMap(const Json::Value& jType) : m_members(membersOf(jType)), m_prototype(m_members) {}
+TypeMap::TypeMap(const Json::Value& jType) : m_jType(jType), m_members(membersOf(jType)), m_prototype(m_members) {}
 
 TypeMember* TypeMap::find(std::string_view name, std::size_t& expected)
 {
@@ -64,7 +63,8 @@ TypeMap& typeMapOf(Json::Value& jTableDef, std::string& strName)
     const Json::Value& jType = VORN_JSON_DB::recType(jTableDef, strName);
     if (!jType.isObject())
     {
-        static TypeMap noMembers{Json::Value()};
+        static const Json::Value jNoType;
+        static TypeMap noMembers{jNoType};
         return noMembers;
     }
     return typeMaps.emplace(strName, TypeMap(jType)).first->second;

@@ -15,21 +15,23 @@
 #include "json_reader.h"
 #include "record_prototype.h"
 
+// What is read for every row and every statement stands first.
 struct TypeMember
 {
     std::string strName;
-    std::string strTypeName;
     CppType type;
     bool blHasDefault;
-    Json::Value jDefault;
     JsonReader reader;  // of the column, where its type is a JSON type
+    Json::Value jDefault;
+    std::string strTypeName;
 };
 
 class TypeMap
 {
 public:
-    explicit TypeMap(const Json::Value& jType);  // a type map as VORN_JSON_DB::recType() gives it
+    explicit TypeMap(const Json::Value& jType);  // a type map as VORN_JSON_DB::recType() gives it, which stays
 
+    const Json::Value& json() const { return m_jType; }
     std::vector<TypeMember>& members() { return m_members; }
 
     // The member of that name, or null. Names mostly arrive in order: expected, where the last search ended, is tried
@@ -43,6 +45,7 @@ public:
     }
 
 private:
+    const Json::Value& m_jType;
     std::vector<TypeMember> m_members;
     RecordPrototype m_prototype;
 };

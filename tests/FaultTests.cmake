@@ -8,4 +8,5 @@ vornjsondb_add_test(test_killed_writers test_killed_writers.cpp child_process.cp
 vornjsondb_add_test(test_lock_moments test_lock_moments.cpp)
 vornjsondb_add_test(test_contention test_contention.cpp child_process.cpp faulty_vfs.cpp SLOW)
 vornjsondb_add_test(test_threads test_threads.cpp)
+vornjsondb_add_test(test_fetch_memory test_fetch_memory.cpp failing_allocators.cpp)
 vornjsondb_add_test(test_long_life test_long_life.cpp failing_allocators.cpp SLOW)

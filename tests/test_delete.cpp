@@ -217,6 +217,27 @@ TEST_F(Delete, TextThatSqliteRefusesDeletesNothingAndIsReportedAtEveryLevel)
     EXPECT_EQ(5u, ids().size());
 }
 
+TEST_F(Delete, WithoutSqliteMemoryForAValueNothingGoesAndEveryLevelReportsIt)
+{
+    const std::string stale = leaveSqlError();
+    const ExpectedLines one = {failed(R"(NULL == (szSql = sqlite3_mprintf("%q", jList[i].asString().c_str())))"),
+                               failed("0 > SqlMakeByListField(jmFieldName[i].c_str(), jTmp, strSqlWhereOut)"),
+                               failed(builderFails), sqlError(stale, "")};
+    const ExpectedLine deleteFails = failed("0 > (err = recDelete(jParam))");
+    const ExpectedLines array = one + ExpectedLines{deleteFails, arrayFailed("name", "a,b")};
+    const ExpectedLines name =
+        one + ExpectedLines{deleteFails, arrayFailed("name", "a"), failed(byArrayFails), nameFailed("name", "a")};
+    forEachLogMode(
+        [&]
+        {
+            const NoSqliteMemory noMemory;
+            EXPECT_EQ(-1, logged(one, [&] { return remove(R"({"name": ["a"]})"); }));
+            EXPECT_EQ(-1, logged(array, [&] { return byArray({"a", "b"}, "name"); }));
+            EXPECT_EQ(-1, logged(name, [&] { return byName("a", "name"); }));
+        });
+    EXPECT_EQ(5u, ids().size());
+}
+
 TEST_F(Delete, ViolatedKeyNeverSetsTheErrorMessage)
 {
     store.db().run("create trigger clash_" + store.name() + " before delete on " + store.name() +
@@ -255,6 +276,15 @@ TEST_F(Delete, ByArrayOfTwoValuesReadsThemAsOneLiteral)
     EXPECT_EQ((Rows{prefix + " WHERE  (name in ('a''b' ) );", prefix + " WHERE  (name in ('a''a' ) );"}),
               log.statements());
     EXPECT_EQ((Rows{"1", "2", "3", "4"}), ids());
+}
+
+TEST_F(Delete, ValuesAreTakenUpToTheirFirstNul)
+{
+    const StatementLog log(store.db());
+    EXPECT_EQ(2, byName(std::string("a\0x", 3), "name"));
+    EXPECT_EQ(0, byArray({std::string("a'\0x", 4), "b%s"}, "name"));
+    EXPECT_EQ((Rows{prefix + " WHERE  (name in ('a' ) );", prefix + " WHERE  (name in ('a''''b%s' ) );"}),
+              log.statements());
 }
 
 TEST_F(Delete, ByArrayChecksListNameMemberAndTypeInThisOrder)
