@@ -155,23 +155,23 @@ private:
         }
     }
 
-    // Enters the targets of one work. Instructions are counted in memory with autocommit, so they stand only there.
+    // Enters the targets of one work.
     void judge(const Work& work, const Setting& here, const Rounds& rounds)
     {
-        const bool blCounted = !here.blFile && !here.blTransaction;
+        const bool blMain = !here.blFile && !here.blTransaction;
+        const std::string strCounted =
+            work.strId + (here.blFile ? "--file" : "") + (here.blTransaction ? "--transaction" : "");
         for (const Target& target : workTargets())
         {
             if (target.strWork != work.strId || !takesPart(target.strRival) || !takesPart("library"))
                 continue;
-            Judged judged{blCounted ? work.strName : work.strName + ", " + nameOf(here),
+            Judged judged{blMain ? work.strName : work.strName + ", " + nameOf(here),
                           contestantKind(target.strRival).strName,
                           rounds.ratio("library", target.strRival),
-                          std::nullopt,
+                          m_options.counts.ratio(strCounted, "library", target.strRival),
                           target.must,
                           target.aim};
-            if (blCounted)
-                judged.instructions = m_options.counts.ratio(work.strId, "library", target.strRival);
-            (blCounted ? m_judged : m_judgedElsewhere).push_back(std::move(judged));
+            (blMain ? m_judged : m_judgedElsewhere).push_back(std::move(judged));
         }
     }
 

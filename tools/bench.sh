@@ -33,8 +33,8 @@ bench_build_armhf()
         armhf_cmake "$1" -S . "${bench_arguments[@]}" -DVORNJSONDB_BENCH_PEERS=OFF) || die "$output"
 }
 
-# count_works PROGRAM: reads lines "WORK CONTESTANT [ROWS]" and writes those of count-work.sh, in another order.
-# Callgrind and the emulator are slow, so the table is small unless the line says otherwise.
+# count_works PROGRAM: reads lines "WORK CONTESTANT [ROWS [OPTION...]]" and writes those of count-work.sh, in another
+# order. Callgrind and the emulator are slow, so the table is small unless the line says otherwise.
 count_works()
 {
     xargs -P "$jobs" -L 1 tools/count-work.sh "$1"

@@ -1,12 +1,14 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# Counts what one record of one work costs one contestant of the benchmark: PROGRAM WORK CONTESTANT [ROWS]
+# Counts what one record of one work costs one contestant of the benchmark: PROGRAM WORK CONTESTANT [ROWS [OPTION...]]
 #
-# Prints "WORK CONTESTANT INSTRUCTIONS ALLOCATIONS", both per record. Two runs that differ in the number of operations
-# alone are subtracted, so that everything else falls out. VORN_COUNTER is the command that counts, if not callgrind.
+# Prints "WORK CONTESTANT INSTRUCTIONS ALLOCATIONS", both per record, with the options joined to the work's name. Two runs
+# that differ in the number of operations alone are subtracted, so that everything else falls out. VORN_COUNTER is the
+# command that counts, if not callgrind.
 set -euo pipefail
 
 program=$1 work=$2 contestant=$3 rows=${4:-1000}
+options=("${@:5}")
 case $work in
 list) if [ "$rows" -lt 100000 ]; then fewer=2 more=4; else fewer=1 more=2; fi ;;
 page) fewer=10 more=60 ;;
@@ -21,7 +23,7 @@ export GLIBC_TUNABLES=glibc.cpu.hwcaps=-AVX,-AVX2,-AVX512F,-AVX512VL,-AVX512BW,-
 run()
 {
     local output records allocations instructions
-    output=$("${counter[@]}" "$program" --only "$work" "$contestant" --rows "$rows" --count "$1" 2>&1) ||
+    output=$("${counter[@]}" "$program" --only "$work" "$contestant" --rows "$rows" --count "$1" "${options[@]}" 2>&1) ||
         { printf '%s\n' "$output" >&2 && return 1; }
     read -r _ records _ allocations < <(grep '^records ' <<<"$output")
     instructions=$(sed -n 's/.*Collected *: *\([0-9]*\).*/\1/p' <<<"$output")
@@ -31,7 +33,7 @@ run()
 
 few=$(run "$fewer")
 many=$(run "$more")
-awk -v work="$work" -v contestant="$contestant" -v few="$few" -v many="$many" 'BEGIN {
+awk -v work="$work$(printf '%s' "${options[@]}")" -v contestant="$contestant" -v few="$few" -v many="$many" 'BEGIN {
     split(few, a)
     split(many, b)
     records = b[1] - a[1]

@@ -2,7 +2,7 @@
 # SPDX-License-Identifier: MIT
 # measures the library beside hand-written code and other libraries: [--quick] for a first impression
 #
-# Without --quick it also rewrites the figures in README.md and docs/benchmark.md and its pictures; that takes about 15 minutes of a
+# Without --quick it also rewrites the figures in README.md and docs/benchmark.md and its pictures; that takes about 20 minutes of a
 # machine that has nothing else to do.
 . "$(dirname "$0")/common.sh"
 . tools/armhf.sh
@@ -28,8 +28,13 @@ trap 'rm -rf "$TMPDIR"' EXIT
 contestants=(library percall kept exec sqlitecpp soci poco raw)
 [ ${#quick[@]} -eq 0 ] || contestants=(library percall kept sqlitecpp)
 say "Counting instructions"
-for work in list page create fetch update delete; do
-    printf "$work %s\n" "${contestants[@]}"
+works=(list page create fetch update delete)
+settings=('')
+[ ${#quick[@]} -gt 0 ] || settings+=(--transaction --file '--file --transaction')
+for setting in "${settings[@]}"; do
+    for work in "${works[@]}"; do
+        printf "$work %s 1000${setting:+ $setting}\n" "${contestants[@]}"
+    done
 done | count_works $program >$data/counts.txt
 [ ${#quick[@]} -gt 0 ] || tools/count-work.sh $program list library 100000 | sed 's/^list/list@100000/' >>$data/counts.txt
 
