@@ -792,6 +792,7 @@ int VornJsonDbApi::recList(Json::Value& jRecParam, Json::Value& jRecArrayOut)
     return select(jRecParam, blArray, DbCallBackFillList, &jRecArrayOut);
 }
 
+// blArray: whether the caller's array is one, or null. The callback gets the rows.
 int VornJsonDbApi::select(Json::Value& jRecParam, bool blArray, int (*callback)(void*, int, char**, char**),
                           void* pContext)
 {

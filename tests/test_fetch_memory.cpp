@@ -25,7 +25,7 @@ void noteHeld(sqlite3_context* context, int, sqlite3_value**)
     sqlite3_result_int(context, 1);
 }
 
-// The most that any operation holds over the rows of a table of that size.
+// The most that a fetch holds while it reads a table of that many rows.
 long heldByFetching(int rows)
 {
     Store store(R"({"id": {"cpptype": "int"}, "name": {"cpptype": "string"}})");
