@@ -60,7 +60,7 @@ done
 libraries=usr/lib/arm-linux-gnueabihf
 [[ $(readelf -h "$unpacked/$libraries/libvornjsondb.so.7") =~ Machine:\ +ARM.*hard-float ]] ||
     die "the package for armhf holds something else"
-arm-linux-gnueabihf-g++ -std=c++17 -Wno-psabi tests/consumer/host.cpp -o "$out/host-armhf" -isystem "$unpacked/usr/include" \
+arm-linux-gnueabihf-g++ -std=c++17 -Wno-psabi tests/package/consumer/host.cpp -o "$out/host-armhf" -isystem "$unpacked/usr/include" \
     -isystem "$armhf_sysroot/usr/include" -isystem "$armhf_sysroot/usr/include/jsoncpp" \
     -L"$unpacked/$libraries" -L"$armhf_sysroot/$libraries" -lvornjsondb -ljsoncpp -lsqlite3
 LD_LIBRARY_PATH=$unpacked/$libraries:$armhf_sysroot/$libraries \
@@ -86,7 +86,7 @@ say "== in a bare Debian"
 bare_make
 inside apt-get -qq update
 mkdir "$root/packages"
-cp "$out/amd64/$runtime"amd64.deb "$out/amd64/$development"amd64.deb tests/consumer/host.cpp "$root/packages"
+cp "$out/amd64/$runtime"amd64.deb "$out/amd64/$development"amd64.deb tests/package/consumer/host.cpp "$root/packages"
 
 # installs PACKAGE...
 installs()

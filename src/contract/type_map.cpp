@@ -7,7 +7,7 @@
 #include <map>
 #include <string_view>
 
-#include "VornJsonDbApi.h"
+#include <VornJsonDbApi.h>
 
 namespace
 {

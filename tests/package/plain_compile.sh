@@ -5,12 +5,12 @@
 # into another build, and runs the host.
 set -eu
 
-source=$(cd "$(dirname "$0")/.." && pwd)
+source=$(cd "$(dirname "$0")/../.." && pwd)
 work=$(mktemp -d)
 trap 'rm -rf "$work"' EXIT
 
 cd "$source"
 # shellcheck disable=SC2046 # flags are many words
-"$CXX" -std=c++17 -Iinclude src/*.cpp tests/consumer/host.cpp -o "$work/host" \
+"$CXX" -std=c++17 -Iinclude src/core/*.cpp src/contract/*.cpp tests/package/consumer/host.cpp -o "$work/host" \
     $(pkg-config --cflags --libs jsoncpp sqlite3)
 "$work/host"

@@ -6,7 +6,7 @@
 #   check.sh symbols        the library exports what exported_symbols.txt lists, no more and no less
 #   check.sh find_package   a host is built with CMake, from a prefix that was moved after installing, and runs
 #   check.sh pkg_config     a host is built by hand with pkg-config and runs
-# The environment names the build: see tests/PackageTests.cmake.
+# The environment names the build: see tests/package/PackageTests.cmake.
 set -eu
 
 here=$(cd "$(dirname "$0")" && pwd)
@@ -64,7 +64,7 @@ check_symbols()
     "$NM" -D --defined-only --demangle "$prefix/$LIBDIR/libvornjsondb.so" | plain_names >"$work/exported"
     diff -u "$here/../exported_symbols.txt" "$work/exported" || fail "The exported symbols have changed.
 A line with - is gone: hosts that use it no longer start, so that needs a new soname. A line with + is new.
-Where the change is meant, copy the lines to tests/exported_symbols.txt and tell it in CHANGELOG.md."
+Where the change is meant, copy the lines to tests/package/exported_symbols.txt and tell it in CHANGELOG.md."
 }
 
 check_find_package()

@@ -7,8 +7,8 @@
 
 #include <json/json.h>
 
-#include "cpp_type.h"
-#include "json_reader.h"
+#include "../core/cpp_type.h"
+#include "../core/json_reader.h"
 
 // Converts the text of a column (not null) by the member's type. False for types that cannot be read back.
 bool convertColumn(CppType type, JsonReader& reader, const char* szText, Json::Value& jValue);

@@ -3,17 +3,17 @@
 // The class: its table, the executor, rows, checks, SQL text and the record operations, in the order in which a record
 // travels. Line numbers of this file and the name VornJsonDbApi stand in every log line that it writes.
 
-#include "VornJsonDbApi.h"
+#include <VornJsonDbApi.h>
 
 #include <cstring>
 #include <exception>
 
-#include "json_members.h"
-#include "json_text.h"
+#include "../core/json_members.h"
+#include "../core/json_text.h"
 #include "log.h"
 #include "row_value.h"
 #include "sqlite_text.h"
-#include "text.h"
+#include "../core/text.h"
 #include "type_map.h"
 #include "value_list.h"
 

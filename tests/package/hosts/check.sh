@@ -3,7 +3,7 @@
 #
 # Installs a build into a temporary folder and builds and runs hosts of every kind against it: in each C++ standard,
 # with hidden symbols, without flags of its own, with a plugin. Hosts that get the two flags wrong must fail and name
-# them. The environment names the build: see tests/PackageTests.cmake.
+# them. The environment names the build: see tests/package/PackageTests.cmake.
 set -eu
 
 here=$(cd "$(dirname "$0")" && pwd)

@@ -11,8 +11,8 @@
 #include <string_view>
 #include <vector>
 
-#include "cpp_type.h"
-#include "json_reader.h"
+#include "../core/cpp_type.h"
+#include "../core/json_reader.h"
 #include "record_prototype.h"
 
 // What is read for every row and every statement stands first.

@@ -4,7 +4,7 @@
 
 #include <cstdlib>
 
-#include "json_text.h"
+#include "../core/json_text.h"
 
 namespace
 {

@@ -4,8 +4,8 @@
 
 #include <ctime>
 
-#include "VornJsonDbApi.h"
-#include "json_text.h"
+#include <VornJsonDbApi.h>
+#include "../core/json_text.h"
 #include "log.h"
 
 namespace
