@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+//
+// A value on its way into a statement.
+
+#ifndef VORN_BOUND_VALUE_H
+#define VORN_BOUND_VALUE_H
+
+#include <cstdint>
+#include <string>
+#include <string_view>
+#include <utility>
+
+namespace vorn
+{
+
+class BoundValue
+{
+public:
+    enum class Kind : unsigned char
+    {
+        Null,
+        Integer,
+        Real,
+        Text
+    };
+
+    BoundValue() = default;
+    static BoundValue integer(std::int64_t iValue)
+    {
+        BoundValue value(Kind::Integer);
+        value.m_iValue = iValue;
+        return value;
+    }
+    static BoundValue real(double dValue)
+    {
+        BoundValue value(Kind::Real);
+        value.m_dValue = dValue;
+        return value;
+    }
+    // The characters belong to the caller, who keeps them until the statement has been reset.
+    static BoundValue borrowed(std::string_view text)
+    {
+        BoundValue value(Kind::Text);
+        value.m_text = text;
+        return value;
+    }
+    static BoundValue owned(std::string strText)
+    {
+        BoundValue value(Kind::Text);
+        value.m_blOwned = true;
+        value.m_strText = std::move(strText);
+        return value;
+    }
+
+    Kind kind() const { return m_kind; }
+    std::int64_t integer() const { return m_iValue; }
+    double real() const { return m_dValue; }
+    std::string_view text() const { return m_blOwned ? std::string_view(m_strText) : m_text; }
+
+private:
+    explicit BoundValue(Kind kind) : m_kind(kind) {}
+
+    Kind m_kind = Kind::Null;
+    bool m_blOwned = false;
+    union
+    {
+        std::int64_t m_iValue = 0;
+        double m_dValue;
+    };
+    std::string_view m_text;
+    std::string m_strText;
+};
+
+}  // namespace vorn
+
+#endif  // VORN_BOUND_VALUE_H

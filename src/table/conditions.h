@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+//
+// From a filter or a request to SQL. Nothing else writes conditions.
+
+#ifndef VORN_CONDITIONS_H
+#define VORN_CONDITIONS_H
+
+#include <json/json.h>
+#include <vorn/status.h>
+
+#include <string>
+#include <vector>
+
+#include "bound_value.h"
+#include "definition.h"
+
+struct sqlite3;
+
+namespace vorn
+{
+
+// A filter or a request whose values are parameters: two of the same shape have the same text.
+struct Compiled
+{
+    std::string strSql;                 // "" or " WHERE ...", then " ORDER BY ..." and " LIMIT ? OFFSET ?"
+    std::vector<BoundValue> values;     // of the parameters, in order; borrows from the request
+    std::vector<const Member*> fields;  // what "fields" asks for, in order of the names; empty: every member
+    bool blCondition = false;           // whether there is a condition at any level
+    bool blKeep = true;                 // whether its statement is worth keeping
+};
+
+// What a filter may be: a plain one, or a request that also sorts and pages.
+enum class FilterKind
+{
+    Filter,
+    Request
+};
+
+// Checks the filter (an object, or null for an empty one) and writes its SQL. The connection tells SQLite's limits
+// and nothing is run on it. False with the status; compiled is then of no use.
+bool compile(const Definition& definition, sqlite3* pDb, const Json::Value& jFilter, FilterKind kind,
+             Compiled& compiled, Status& status);
+
+// The parameters of SQL text that the host wrote ("vornSqlWhereParams" in a filter, jParams of runSql()): checks that
+// they are those that the text names, replaces each name by "?" and appends the values. A condition is the text of
+// "vornSqlWhereFilter", which must stay within its parentheses.
+enum class RawKind
+{
+    Condition,
+    Statement
+};
+bool compileRaw(RawKind kind, const std::string& strSql, const Json::Value& jParams, std::string& strSqlOut,
+                std::vector<BoundValue>& values, Status& status);
+
+}  // namespace vorn
+
+#endif  // VORN_CONDITIONS_H

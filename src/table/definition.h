@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+//
+// The definition of a table, checked once: what every operation knows of its members.
+
+#ifndef VORN_DEFINITION_H
+#define VORN_DEFINITION_H
+
+#include <json/json.h>
+#include <vorn/status.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "../core/cpp_type.h"
+
+namespace vorn
+{
+
+struct Member
+{
+    std::string_view name;    // lives as long as the process and ends in a NUL, so that records can point to it
+    const ColumnType* pType;  // the row of the table of types
+    std::string strQuoted;    // "name", as SQL writes an identifier
+    std::string strColumn;    // "table"."name"
+    bool blKey = false;
+    bool blUnique = false;
+    bool blRequired = false;
+    bool blIndex = false;
+    bool blHasDefault = false;
+    Json::Value jDefault;
+};
+
+class Definition
+{
+public:
+    // False, with the status BadDefinition, where the definition does not have the shape.
+    static bool read(const std::string& strName, const Json::Value& jTableDef, Definition& definition, Status& status);
+
+    const std::string& name() const { return m_strName; }
+    const std::string& quotedName() const { return m_strQuotedName; }
+    const std::vector<Member>& members() const { return m_members; }  // in order of their names
+
+    // The member of that name, or null. Names that come in ascending order are found at once: expected, the place where
+    // the last search ended, starts at 0.
+    const Member* find(std::string_view name, std::size_t& expected) const;
+    const Member* find(std::string_view name) const
+    {
+        std::size_t expected = 0;
+        return find(name, expected);
+    }
+
+private:
+    std::string m_strName;
+    std::string m_strQuotedName;
+    std::vector<Member> m_members;
+};
+
+// A name as SQL writes an identifier: in double quotes, its own doubled.
+std::string quoted(std::string_view name);
+
+}  // namespace vorn
+
+#endif  // VORN_DEFINITION_H
