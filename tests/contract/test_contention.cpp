@@ -19,6 +19,7 @@
 #include "faulty_vfs.h"
 #include "locks.h"
 #include "log_capture.h"
+#include "sleep_watch.h"
 #include "store.h"
 
 using namespace support;

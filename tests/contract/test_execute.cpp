@@ -7,8 +7,8 @@
 #include <cerrno>
 #include <stdexcept>
 
-#include "locks.h"
 #include "log_capture.h"
+#include "sleep_watch.h"
 #include "store.h"
 
 using namespace support;

@@ -12,8 +12,8 @@
 #include <optional>
 
 #include "faulty_vfs.h"
-#include "locks.h"
 #include "log_capture.h"
+#include "sleep_watch.h"
 #include "store.h"
 
 using namespace support;

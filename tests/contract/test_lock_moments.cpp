@@ -8,8 +8,8 @@
 #include <functional>
 #include <optional>
 
-#include "locks.h"
 #include "log_capture.h"
+#include "sleep_watch.h"
 #include "store.h"
 
 using namespace support;

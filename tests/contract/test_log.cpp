@@ -11,8 +11,8 @@
 #include <cstring>
 #include <regex>
 
-#include "locks.h"
 #include "log_capture.h"
+#include "sleep_watch.h"
 #include "store.h"
 
 using namespace support;

@@ -1,27 +1,23 @@
 // SPDX-License-Identifier: MIT
 //
-// Lock holders in a thread and in a process, and the replaced usleep().
+// Lock holders in a thread and in a process.
 
 #include "locks.h"
 
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
-#include <cstdlib>
-#include <ctime>
 #include <future>
 #include <stdexcept>
 #include <thread>
 
-#include "store.h"
+#include "child_process.h"
+#include "database.h"
 
 namespace support
 {
 namespace
 {
-
-SleepWatch* g_watch = nullptr;
 
 constexpr const char* takeSql = "BEGIN IMMEDIATE";
 constexpr const char* releaseSql = "COMMIT";
@@ -71,74 +67,56 @@ class ProcessLock final : public WriteLock
 public:
     explicit ProcessLock(const std::string& path)
     {
-        int toChild[2];
-        int fromChild[2];
-        if (pipe(toChild) != 0 || pipe(fromChild) != 0)
+        int ends[2];
+        if (pipe(ends) != 0)
         {
-            throw std::runtime_error("cannot make pipes");
+            throw std::runtime_error("cannot make a pipe");
         }
-        m_child = fork();
-        if (m_child < 0)
-        {
-            throw std::runtime_error("cannot fork");
-        }
-        if (m_child == 0)
-        {
-            close(toChild[1]);
-            close(fromChild[0]);
-            serve(path, toChild[0], fromChild[1]);
-        }
-        close(toChild[0]);
-        close(fromChild[1]);
-        m_send = toChild[1];
-        m_receive = fromChild[0];
+        m_child = std::make_unique<faults::ChildProcess>(
+            [&](int report)
+            {
+                close(ends[1]);
+                return serve(path, ends[0], report);
+            });
+        close(ends[0]);
+        m_send = ends[1];
     }
 
     ~ProcessLock() override
     {
         close(m_send);
-        close(m_receive);
-        int status = 0;
-        EXPECT_EQ(m_child, waitpid(m_child, &status, 0));
-        EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+        EXPECT_EQ(0, m_child->wait());
     }
 
     void take() override { ask('t'); }
     void release() override { ask('r'); }
 
 private:
-    [[noreturn]] static void serve(const std::string& path, int receive, int send)
+    static int serve(const std::string& path, int receive, int report)
     {
-        sqlite3* pDb = nullptr;
+        std::unique_ptr<Database> pDatabase;
         char request = 0;
         while (read(receive, &request, 1) == 1)
         {
-            if (pDb == nullptr && sqlite3_open(path.c_str(), &pDb) != SQLITE_OK)
+            if (!pDatabase)
             {
-                _exit(1);
+                pDatabase = std::make_unique<Database>(path);
             }
-            const char* const sql = request == 't' ? takeSql : releaseSql;
-            const char status = static_cast<char>(sqlite3_exec(pDb, sql, nullptr, nullptr, nullptr));
-            if (write(send, &status, 1) != 1)
-            {
-                _exit(1);
-            }
+            faults::ChildProcess::send(report, pDatabase->run(request == 't' ? takeSql : releaseSql));
         }
-        sqlite3_close(pDb);
-        _exit(0);
+        return 0;
     }
 
     void ask(char request)
     {
-        char status = -1;
+        int status = -1;
         EXPECT_EQ(1, write(m_send, &request, 1));
-        EXPECT_EQ(1, read(m_receive, &status, 1));
+        EXPECT_TRUE(m_child->receive(status));
         EXPECT_EQ(SQLITE_OK, status);
     }
 
-    pid_t m_child = -1;
+    std::unique_ptr<faults::ChildProcess> m_child;
     int m_send = -1;
-    int m_receive = -1;
 };
 
 }  // namespace
@@ -153,36 +131,4 @@ std::unique_ptr<WriteLock> lockFromProcess(const std::string& path)
     return std::make_unique<ProcessLock>(path);
 }
 
-SleepWatch::SleepWatch(Pause pause, std::function<void(int)> onSleep) : m_pause(pause), m_onSleep(std::move(onSleep))
-{
-    g_watch = this;
-}
-
-SleepWatch::~SleepWatch()
-{
-    g_watch = nullptr;
-}
-
-bool SleepWatch::note(unsigned microseconds)
-{
-    m_pauses.push_back(microseconds);
-    if (m_onSleep)
-    {
-        m_onSleep(static_cast<int>(m_pauses.size()));
-    }
-    return m_pause == Pause::Real;
-}
-
 }  // namespace support
-
-extern "C" __attribute__((visibility("default"))) int usleep(useconds_t microseconds)
-{
-    if (support::g_watch != nullptr && !support::g_watch->note(microseconds))
-    {
-        return 0;
-    }
-    timespec pause = {};
-    pause.tv_sec = static_cast<time_t>(microseconds / 1000000);
-    pause.tv_nsec = static_cast<long>(microseconds % 1000000) * 1000;
-    return nanosleep(&pause, nullptr);
-}
