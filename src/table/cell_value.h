@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// From a JSON value to what is stored in its member's column, and back.
+// From a JSON value to what is stored in its member's column.
 
 #ifndef VORN_CELL_VALUE_H
 #define VORN_CELL_VALUE_H
@@ -8,15 +8,34 @@
 #include <json/json.h>
 #include <vorn/status.h>
 
+#include <string>
+#include <string_view>
+
 #include "bound_value.h"
 #include "definition.h"
 
 namespace vorn
 {
 
-// Checks the value against the member's type and converts it. A null value gives a NULL. Texts are borrowed from jValue
-// where they can be. False with BadType or OutOfRange; path is what the status then names as its member.
+// Whether the value fits the member's type; null fits all. False with BadType or OutOfRange; path is what the status
+// then names as its member.
+bool checkValue(const Member& member, const Json::Value& jValue, std::string_view path, Status& status);
+
+// Checks the value as checkValue() does and converts it. A null value gives a NULL. Texts are borrowed from jValue
+// where they can be.
 bool toBound(const Member& member, const Json::Value& jValue, std::string_view path, BoundValue& value, Status& status);
+
+// The characters of a JSON string, for as long as it is not changed.
+std::string_view textOf(const Json::Value& jString);
+
+// What values of the member are, for the texts of failures: "a whole number from 0 to 4294967295".
+const char* describe(const Member& member);
+
+// "name": a member as the texts of failures show it.
+inline std::string shown(std::string_view path)
+{
+    return '"' + std::string(path) + '"';
+}
 
 }  // namespace vorn
 

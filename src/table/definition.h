@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-#include "../core/cpp_type.h"
+#include "column_type.h"
 
 namespace vorn
 {
