@@ -76,3 +76,14 @@ build()
     fi
     cmake --build --preset "$preset" --parallel "$jobs"
 }
+
+# put NAME FILE PAGE: replaces what stands between the page's marks <!-- NAME --> and <!-- end of NAME --> with the file.
+put()
+{
+    awk -v name="$1" -v figures="$2" '
+        $0 == "<!-- " name " -->" { print; print ""; while ((getline line < figures) > 0) print line; print ""; skip = 1 }
+        $0 == "<!-- end of " name " -->" { skip = 0 }
+        !skip' "$3" >"$3.new"
+    mv "$3.new" "$3"
+    say "Written: $3"
+}

@@ -80,7 +80,7 @@ columns=$(awk -F '\t' 'NR == 1 { print NF }' $data/works.tsv)
 gnuplot -e "data='$data/works.tsv'; columns=$columns; picture='docs/benchmark-works.svg'" bench/works.gp
 gnuplot -e "folder='$data'; columns=$columns; picture='docs/benchmark-growth.svg'" bench/growth.gp
 
-# in_short: the table of the README, each cell the ratio of time and that of instructions.
+# in_short: the first table of the page, each cell the ratio of time and that of instructions.
 in_short()
 {
     printf '%s:\n\n' "$(when_and_where)"
@@ -101,15 +101,5 @@ in_short()
 }
 in_short >$folder/short.md
 
-# put FIGURES PAGE: replaces what stands between the page's two marks.
-put()
-{
-    awk -v figures="$1" '
-        /^<!-- figures -->$/ { print; print ""; while ((getline line < figures) > 0) print line; print ""; skip = 1 }
-        /^<!-- end of figures -->$/ { skip = 0 }
-        !skip' "$2" >"$2.new"
-    mv "$2.new" "$2"
-    say "Written: $2"
-}
-put $folder/report.md docs/benchmark.md
-put $folder/short.md README.md
+put figures $folder/report.md docs/benchmark.md
+put short $folder/short.md docs/benchmark.md

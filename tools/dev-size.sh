@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# prints what the library weighs, as a Markdown table
+# prints what the library weighs, as a Markdown table: [--update] writes it into docs/weight.md
 . "$(dirname "$0")/common.sh"
 . tools/armhf.sh
 
@@ -78,18 +78,23 @@ row()
     done
     say "$line"
 }
-say "| | armhf -O2 | armhf -Os | amd64 -O2 | amd64 -Os |"
-say "|---|---:|---:|---:|---:|"
-row bytes "library, stripped (bytes)"
-row relocations "relocations"
-row data "static data, initialised and not (bytes)"
-row symbols "exported symbols"
-row resident_kib "resident after the first record (KiB)"
-row copied_kib "of that written to, so not shared with other processes (KiB)"
-row object_bytes "heap of one more open object (bytes)"
-row type_map_bytes "heap that a table's type map keeps (bytes)"
-say ""
-say "The table of the probe has six columns. The library starts no thread and opens no file by itself."
+figures()
+{
+    say "$(date -u +%F), $(. /etc/os-release && say "$PRETTY_NAME"), g++ $(g++ -dumpfullversion):"
+    say ""
+    say "| | armhf -O2 | armhf -Os | amd64 -O2 | amd64 -Os |"
+    say "|---|---:|---:|---:|---:|"
+    row bytes "library, stripped (bytes)"
+    row relocations "relocations"
+    row data "static data, initialised and not (bytes)"
+    row symbols "exported symbols"
+    row resident_kib "resident after the first record (KiB)"
+    row copied_kib "of that written to, so not shared with other processes (KiB)"
+    row object_bytes "heap of one more open object (bytes)"
+    row type_map_bytes "heap that a table's type map keeps (bytes)"
+}
+figures | tee build/size/figures.md
+[ "${1:-}" != --update ] || put figures build/size/figures.md docs/weight.md
 
 for column in armhf_O2 armhf_Os; do
     aim=aim_$column

@@ -4,6 +4,7 @@
 // one by the same kind of text coming to nothing.
 
 #include <gtest/gtest.h>
+#include <syslog.h>
 
 #include <algorithm>
 
@@ -372,4 +373,44 @@ TEST_F(Security, S22_NoLimitIsAdded)
     EXPECT_EQ(1, store->recGetOne(all, record));
     ASSERT_EQ(1u, log.statements().size());
     EXPECT_EQ(std::string::npos, log.statements().front().find("LIMIT"));
+}
+
+// A tenth of a percent of what the page names: the length goes up with the width.
+TEST_F(Security, S23_WidthsInSavedTexts)
+{
+    Json::Value record = json(R"({"flag": false, "id": 3, "info": {}, "name": "%99999d", "note": ""})");
+    Json::Value stored;
+    ASSERT_EQ(0, store->recCreate(record, stored));
+    EXPECT_EQ(99999u, stored["name"].asString().size());
+}
+
+TEST_F(Security, S24_LineBreaksInLogLines)
+{
+    Json::Value filter = json(R"({"name": "x\nVornJsonDbApi:1 all is well", "vornSqlWhereFilter": "("})");
+    Json::Value records;
+    LogCapture capture;
+    EXPECT_EQ(-1, store->recList(filter, records));
+    capture.stop();
+    ASSERT_FALSE(capture.syslogCalls().empty());
+    EXPECT_NE(std::string::npos, capture.syslogCalls().front().text.find("\nVornJsonDbApi:1 all is well"));
+}
+
+TEST_F(Security, S25_LinesOfADuplicate)
+{
+    Json::Value record = json(R"({"flag": false, "id": 1, "info": {}, "name": "", "note": ""})");
+    Json::Value stored;
+    LogCapture create;
+    EXPECT_EQ(-1, store->recCreate(record, stored));
+    create.stop();
+    EXPECT_EQ(7u, create.syslogCalls().size());
+
+    Json::Value filter = json(R"({"id": 2})");
+    LogCapture update;
+    EXPECT_EQ(-1, store->recUpdateByFilter(filter, record));
+    update.stop();
+    EXPECT_EQ(6u, update.syslogCalls().size());
+    for (const support::SyslogCall& call : update.syslogCalls())
+    {
+        EXPECT_EQ(LOG_ERR, call.priority);
+    }
 }
