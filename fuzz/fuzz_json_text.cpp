@@ -20,6 +20,22 @@
 namespace
 {
 
+// The text as a column's value, which is null where it is not JSON.
+Json::Value fromString(const char* szText, JsonReader& reader)
+{
+    static Json::CharReader& anyReader = []() -> Json::CharReader&
+    {
+        Json::CharReaderBuilder builder;
+        builder["collectComments"] = false;
+        builder["allowSpecialFloats"] = true;
+        return *builder.newCharReader();
+    }();
+    Json::Value jValue;
+    if (!readJson(szText, reader, anyReader, jValue))
+        FUZZ_CHECK(jValue.isNull(), "a value is left of a text that is refused");
+    return jValue;
+}
+
 // Reads the text as the first and as the second of a column, which remembers the shape of the one before.
 Json::Value readTwice(const std::string& strText)
 {

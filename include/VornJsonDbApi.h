@@ -208,7 +208,7 @@ private:
     int select(Json::Value& jRecParam, bool blArray, int (*callback)(void*, int, char**, char**), void* pContext);
     int removeWhere(bool blFailed, const std::string& strSqlWhere, bool blAllowAll);
     int removeTexts(const std::string* pTexts, std::size_t count, const char* szKey);
-    const std::vector<std::string>& memberNames();
+    const Json::Value& definedMembers();
 
     sqlite3* m_pDb = nullptr;
     std::string m_strName;
@@ -217,7 +217,6 @@ private:
     std::string m_strSqlCreate;
     std::string m_strSqlErr;
     std::string m_strErrMsg;
-    std::vector<std::string> m_names;
 };
 
 namespace VORN_JSON_DB

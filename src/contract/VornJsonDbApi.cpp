@@ -10,11 +10,10 @@
 
 #include "../core/json_members.h"
 #include "../core/json_text.h"
-#include "log.h"
-#include "row_value.h"
-#include "sqlite_text.h"
 #include "../core/text.h"
-#include "type_map.h"
+#include "log.h"
+#include "sqlite_text.h"
+#include "table_types.h"
 #include "value_list.h"
 
 using VORN_JSON_DB::jsonCopyMember;
@@ -31,10 +30,10 @@ constexpr const char* kDuplicateKey = "DUPLICATE_PRIMARY_KEY";
 // types by this name.
 std::string strCurTableName;
 
-TypeMap& currentTypeMap()
+TableTypes& currentTypes()
 {
     Json::Value jNoTableDef;
-    return typeMapOf(jNoTableDef, strCurTableName);
+    return typesOf(jNoTableDef, strCurTableName);
 }
 
 bool isDuplicateKey(const std::string& strSqlErr)
@@ -202,24 +201,24 @@ bool isEmptyRecord(const Json::Value& jRec)
 }
 
 // Sets the member for one column. The caller has looked up the types, once for all columns of a row.
-int fillField(TypeMap& typeMap, std::size_t& expected, Json::Value& jRec, const char* szName, const char* szValue)
+int fillField(TableTypes& types, std::size_t& expected, Json::Value& jRec, const char* szName, const char* szValue)
 {
     if (VORN_FAILED(jRec.type() != Json::objectValue && jRec.type() != Json::nullValue))
         return -1;
-    TypeMember* pMember = typeMap.find(szName, expected);
+    const Member* pMember = types.schema.find(szName, expected);
     if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(strName)"))
         return -1;
     if (szValue == nullptr)
         return 0;
 
     Json::Value jValue;
-    if (!convertColumn(pMember->type, pMember->reader, szValue, jValue))
+    if (!types.rows.readColumn(*pMember, szValue, jValue))
     {
         VORN_ERROR("type error, strType=%s", pMember->strTypeName.c_str());
         return -1;
     }
-    // A static key: the type map's names are never freed, so records need no copy of them.
-    jRec[Json::StaticString(pMember->strName.c_str())] = std::move(jValue);
+    // A static key: the schema's names are never freed, so records need no copy of them.
+    jRec[Json::StaticString(pMember->name.data())] = std::move(jValue);
     return 0;
 }
 
@@ -275,20 +274,20 @@ int VornJsonDbApi::DbCallBackFillRec(Json::Value* pjRec, int n_column, char** co
     if (VORN_FAILED(NULL == column_name || NULL == column_value))
         return -1;
 
-    TypeMap* pTypeMap = nullptr;
+    TableTypes* pTypes = nullptr;
     std::size_t expected = 0;
     for (int i = 0; i < n_column; ++i)
     {
         bool blFailed = VORN_FAILED(NULL == column_name[i]);
         if (!blFailed)
         {
-            if (pTypeMap == nullptr)
+            if (pTypes == nullptr)
             {
-                pTypeMap = &currentTypeMap();
-                if (isEmptyRecord(*pjRec) && pTypeMap->fillRecord(n_column, column_value, column_name, *pjRec))
+                pTypes = &currentTypes();
+                if (isEmptyRecord(*pjRec) && pTypes->rows.readRow(n_column, column_value, column_name, *pjRec))
                     return 0;
             }
-            blFailed = VORN_FAILED_AS(0 > fillField(*pTypeMap, expected, *pjRec, column_name[i], column_value[i]),
+            blFailed = VORN_FAILED_AS(0 > fillField(*pTypes, expected, *pjRec, column_name[i], column_value[i]),
                                       "0 > (iTmp = DbCallBackFillField(*pjRec, column_name, column_value, i))");
         }
         if (!blFailed)
@@ -306,7 +305,7 @@ int VornJsonDbApi::DbCallBackFillRec(Json::Value* pjRec, int n_column, char** co
 int VornJsonDbApi::DbCallBackFillField(Json::Value& jRec, char** column_name, char** column_value, int i)
 {
     std::size_t expected = 0;
-    return fillField(currentTypeMap(), expected, jRec, column_name[i], column_value[i]);
+    return fillField(currentTypes(), expected, jRec, column_name[i], column_value[i]);
 }
 
 // ---- Defaults and type check
@@ -314,25 +313,25 @@ int VornJsonDbApi::DbCallBackFillField(Json::Value& jRec, char** column_name, ch
 
 int VornJsonDbApi::fillDefaultValue(Json::Value& jParam, bool blRequireAll)
 {
-    for (const TypeMember& member : typeMapOf(m_jTableDef, m_strName).members())
+    for (const Member& member : typesOf(m_jTableDef, m_strName).schema.members())
     {
-        if (jParam.isMember(member.strName))
+        if (jParam.isMember(member.name.data(), member.name.data() + member.name.size()))
             continue;
         if (blRequireAll)
         {
-            VORN_ERROR("lost data member=%s", member.strName.c_str());
+            VORN_ERROR("lost data member=%s", member.name.data());
             VORN_DEBUG("jParam=%s", toString(jParam).c_str());
             return -1;
         }
         if (member.blHasDefault)
-            jParam[member.strName] = member.jDefault;
+            jParam[std::string(member.name)] = member.jDefault;
     }
     return 0;
 }
 
 int VornJsonDbApi::checkJsonType(Json::Value& jRecParam)
 {
-    TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
+    const Schema& schema = typesOf(m_jTableDef, m_strName).schema;
     if (VORN_FAILED(!jRecParam.isObject()))
         return -1;
 
@@ -340,38 +339,19 @@ int VornJsonDbApi::checkJsonType(Json::Value& jRecParam)
     const auto itEnd = jRecParam.end();
     for (auto it = jRecParam.begin(); it != itEnd; ++it)
     {
-        const TypeMember* pMember = typeMap.find(nameOf(it), expected);
+        const Member* pMember = schema.find(nameOf(it), expected);
         if (pMember == nullptr)
             continue;
 
-        bool blFits = false;
-        switch (pMember->type)
+        const auto fits = pMember->pType->fits;
+        if (fits == nullptr)
         {
-            case CppType::Int:
-            case CppType::LongLong:
-            case CppType::Uid:
-            case CppType::Time:
-                blFits = it->isIntegral();
-                break;
-            case CppType::Bool:
-                blFits = it->isBool();
-                break;
-            case CppType::String:
-                blFits = it->isString();
-                break;
-            case CppType::JsonArray:
-                blFits = it->isArray();
-                break;
-            case CppType::JsonObject:
-                blFits = it->isObject();
-                break;
-            default:
-                VORN_ERROR("type not found!!, key=%s", pMember->strName.c_str());
-                return -1;
+            VORN_ERROR("type not found!!, key=%s", pMember->name.data());
+            return -1;
         }
-        if (!blFits)
+        if (!((*it).*fits)())
         {
-            VORN_ERROR("type failed, strKey=%s, jRecParam=%s", pMember->strName.c_str(), toString(jRecParam).c_str());
+            VORN_ERROR("type failed, strKey=%s, jRecParam=%s", pMember->name.data(), toString(jRecParam).c_str());
             return -1;
         }
     }
@@ -394,35 +374,28 @@ const char* textOf(const Json::Value& jValue, std::string& strConverted)
     return strConverted.c_str();
 }
 
-// Adds one value by the type of its member. False for types that cannot be written.
-bool addValue(ValueList& values, CppType type, const Json::Value& jValue)
+// Adds one value in the form of its type. False for types that cannot be written.
+bool addValue(ValueList& values, Form form, const Json::Value& jValue)
 {
     std::string strConverted;
-    switch (type)
+    switch (form)
     {
-        case CppType::String:
+        case Form::Text:
             values.addQuoted(textOf(jValue, strConverted));
             return true;
-        case CppType::LongLong:
-        case CppType::Int:
-        case CppType::Long:
-        case CppType::Bool:
+        case Form::Int64:
             values.addInteger(jValue.asInt64());
             return true;
-        case CppType::UnsignedLongLong:
-        case CppType::UnsignedInt:
-        case CppType::UnsignedLong:
-        case CppType::Unsigned:
+        case Form::Unsigned:
             values.addUnsigned(jValue.asUInt64());
             return true;
-        case CppType::Float:
+        case Form::Float:
             values.addFloat(jValue.asFloat());
             return true;
-        case CppType::Double:
+        case Form::Double:
             values.addDouble(jValue.asDouble());
             return true;
-        case CppType::JsonObject:
-        case CppType::JsonArray:
+        case Form::Json:
             values.addQuoted(toString(jValue).c_str());
             return true;
         default:
@@ -432,28 +405,31 @@ bool addValue(ValueList& values, CppType type, const Json::Value& jValue)
 
 }  // namespace
 
-// The names of the definition's members, in order, read once: neither the definition nor they change. Won 1.4 % of a
-// create's instructions, which keeps it ahead of SQLiteCpp (./dev bench). A definition of another kind throws.
-const std::vector<std::string>& VornJsonDbApi::memberNames()
+// The members of the definition, or null: the lists follow the object's own definition, which need not be the one that
+// the types were made from. A definition of another kind throws.
+const Json::Value& VornJsonDbApi::definedMembers()
 {
-    if (m_names.empty())
-        m_names = m_jTableDef[m_strName]["member"].getMemberNames();
-    return m_names;
+    const Json::Value& jMembers = m_jTableDef[m_strName]["member"];
+    if (!jMembers.isObject())
+        static_cast<void>(jMembers.getMemberNames());
+    return jMembers;
 }
 
 // Without the definition's last member both lists end in "," and the value list stays open: SQLite rejects the
 // statement, which is how a caller learns that the member is missing.
 int VornJsonDbApi::SqlExpandMemberName(std::string& strOut, Json::Value* pjRec)
 {
-    static const Json::Value kNoRecord;
-    RecordCursor record(pjRec != nullptr ? *pjRec : kNoRecord);
-    const std::vector<std::string>& names = memberNames();
-    for (const std::string& strName : names)
+    const Json::Value& jMembers = definedMembers();
+    RecordCursor record(pjRec != nullptr ? *pjRec : jMembers);
+    const auto itEnd = jMembers.end();
+    for (auto it = jMembers.begin(); it != itEnd;)
     {
-        if (pjRec != nullptr && record.find(strName) == nullptr)
+        const std::string_view name = nameOf(it);
+        const bool blLast = ++it == itEnd;
+        if (pjRec != nullptr && record.find(name) == nullptr)
             continue;
-        strOut += strName;
-        if (&strName != &names.back())
+        strOut += name;
+        if (!blLast)
             strOut += ',';
     }
     return 0;
@@ -461,25 +437,28 @@ int VornJsonDbApi::SqlExpandMemberName(std::string& strOut, Json::Value* pjRec)
 
 int VornJsonDbApi::SqlExpandMemberSymbol(std::string& strOut, Json::Value& jRec)
 {
-    TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
+    const Schema& schema = typesOf(m_jTableDef, m_strName).schema;
     ValueList values(strOut);
     RecordCursor record(jRec);
     std::size_t expected = 0;
-    const std::vector<std::string>& names = memberNames();
-    for (const std::string& key : names)
+    const Json::Value& jMembers = definedMembers();
+    const auto itEnd = jMembers.end();
+    for (auto it = jMembers.begin(); it != itEnd;)
     {
-        const TypeMember* pMember = typeMap.find(key, expected);
+        const std::string_view name = nameOf(it);
+        const bool blLast = ++it == itEnd;
+        const Member* pMember = schema.find(name, expected);
         if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(strKey)"))
             return -1;
-        const Json::Value* pjValue = record.find(key);
+        const Json::Value* pjValue = record.find(name);
         if (pjValue == nullptr)
             continue;
-        if (!addValue(values, pMember->type, *pjValue))
+        if (!addValue(values, pMember->pType->saved, *pjValue))
         {
             VORN_ERROR("cannot support this type=%s", pMember->strTypeName.c_str());
             return -1;
         }
-        values.addSeparator(&key == &names.back() ? ") " : ",");
+        values.addSeparator(blLast ? ") " : ",");
     }
     strOut = values.text();
     return 0;
@@ -491,38 +470,33 @@ int VornJsonDbApi::SqlExpandMemberSymbol(std::string& strOut, Json::Value& jRec)
 namespace
 {
 
-int makeMatch(const TypeMember& member, const Json::Value& jParam, std::string& strOut)
+int makeMatch(const Member& member, const Json::Value& jParam, std::string& strOut)
 {
     std::string strConverted;
     SqliteText szSql;
-    switch (member.type)
+    const Form form = member.pType->matched;
+    if (form == Form::Json)
     {
-        case CppType::String:
-            if (VORN_FAILED_AS(NULL == (szSql = escaped(textOf(jParam, strConverted))),
-                               R"(NULL == (szSql = sqlite3_mprintf("%q", jParam.asString().c_str())))"))
-                return -1;
-            appendAll(strOut, {member.strName, "='", szSql.view(), "'"});
-            return 0;
-        case CppType::JsonValue:
-        case CppType::JsonArray:
-        case CppType::JsonObject:
-            if (VORN_FAILED_AS(NULL == (szSql = escaped(toString(jParam).c_str())),
-                               R"(NULL == (szSql = sqlite3_mprintf("%q", jParam.toString().c_str())))"))
-                return -1;
-            appendAll(strOut, {member.strName, "='", szSql.view(), "'"});
-            return 0;
-        case CppType::Bool:
-            if (VORN_FAILED(NULL == (szSql = sqlite3_mprintf("%d", jParam.asInt()))))
-                return -1;
-            appendAll(strOut, {member.strName, "=", szSql.view()});
-            return 0;
-        default:  // bare: a text given for a number becomes part of the statement
-            if (VORN_FAILED_AS(NULL == (szSql = escaped(textOf(jParam, strConverted))),
-                               R"(NULL == (szSql = sqlite3_mprintf("%q", jParam.asString().c_str())))"))
-                return -1;
-            appendAll(strOut, {member.strName, "=", szSql.view()});
-            return 0;
+        if (VORN_FAILED_AS(NULL == (szSql = escaped(toString(jParam).c_str())),
+                           R"(NULL == (szSql = sqlite3_mprintf("%q", jParam.toString().c_str())))"))
+            return -1;
     }
+    else if (form == Form::Bool)
+    {
+        if (VORN_FAILED(NULL == (szSql = sqlite3_mprintf("%d", jParam.asInt()))))
+            return -1;
+    }
+    else if (VORN_FAILED_AS(NULL == (szSql = escaped(textOf(jParam, strConverted))),
+                            R"(NULL == (szSql = sqlite3_mprintf("%q", jParam.asString().c_str())))"))
+    {
+        return -1;
+    }
+    // Bare otherwise: a text given for a number becomes part of the statement.
+    if (form == Form::Text || form == Form::Json)
+        appendAll(strOut, {member.name, "='", szSql.view(), "'"});
+    else
+        appendAll(strOut, {member.name, "=", szSql.view()});
+    return 0;
 }
 
 // Appends one item of a list. szCheck is the check that lack of memory fails.
@@ -546,7 +520,7 @@ constexpr const char* kJsonItemCheck = R"(NULL == (szSql = sqlite3_mprintf("%q",
 int VornJsonDbApi::SqlMakeByMatchField(std::string& strField, Json::Value& jParam, std::string& strOut)
 {
     std::size_t expected = 0;
-    const TypeMember* pMember = typeMapOf(m_jTableDef, m_strName).find(strField, expected);
+    const Member* pMember = typesOf(m_jTableDef, m_strName).schema.find(strField, expected);
     if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(strField)"))
         return -1;
     return makeMatch(*pMember, jParam, strOut);
@@ -554,11 +528,11 @@ int VornJsonDbApi::SqlMakeByMatchField(std::string& strField, Json::Value& jPara
 
 int VornJsonDbApi::SqlMakeByListField(const char* szField, Json::Value& jList, std::string& strOut)
 {
-    TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
+    const Schema& schema = typesOf(m_jTableDef, m_strName).schema;
     if (VORN_FAILED(!szField || !szField[0]))
         return -1;
     std::size_t expected = 0;
-    const TypeMember* pMember = typeMap.find(szField, expected);
+    const Member* pMember = schema.find(szField, expected);
     if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(szField)") || VORN_FAILED(jList.type() != Json::arrayValue))
         return -1;
     if (jList.empty())
@@ -566,9 +540,8 @@ int VornJsonDbApi::SqlMakeByListField(const char* szField, Json::Value& jList, s
 
     // The items stand one directly after another, without a separator: two quoted items read as one literal, two bare
     // ones as one number.
-    const bool blJson = pMember->type == CppType::JsonValue || pMember->type == CppType::JsonObject ||
-                        pMember->type == CppType::JsonArray;
-    const bool blQuoted = blJson || pMember->type == CppType::String;
+    const bool blJson = pMember->pType->listed == Form::Json;
+    const bool blQuoted = blJson || pMember->pType->listed == Form::Text;
     std::string strItems;
     for (const Json::Value& jItem : jList)
     {
@@ -591,7 +564,7 @@ int VornJsonDbApi::SqlExpandMemberList(Json::Value& jRecParam, std::string& strS
 // Without blRawFilter a raw condition is passed over: one that comes with new values must not become an assignment.
 int VornJsonDbApi::expandMembers(Json::Value& jRecParam, std::string& strSqlWhereOut, int andType, bool blRawFilter)
 {
-    TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
+    const Schema& schema = typesOf(m_jTableDef, m_strName).schema;
     if (VORN_FAILED(jRecParam.type() != Json::objectValue && jRecParam.type() != Json::nullValue))
         return -1;
 
@@ -620,7 +593,7 @@ int VornJsonDbApi::expandMembers(Json::Value& jRecParam, std::string& strSqlWher
     {
         const std::string_view field = nameOf(it);
         const bool blRaw = field == kRawFilter;
-        const TypeMember* pMember = blRaw ? nullptr : typeMap.find(field, expected);
+        const Member* pMember = blRaw ? nullptr : schema.find(field, expected);
         if (blRaw ? !blRawFilter : pMember == nullptr)
             continue;
 
@@ -703,7 +676,7 @@ int VornJsonDbApi::recSave(Json::Value& jRecInOut, bool blCreate)
 
 int VornJsonDbApi::save(Json::Value& jRecInOut, bool blCreate, Json::Value& jStored)
 {
-    const TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
+    const TableTypes& types = typesOf(m_jTableDef, m_strName);
     std::string strSql;
     const auto saved = [&]
     {
@@ -733,7 +706,7 @@ int VornJsonDbApi::save(Json::Value& jRecInOut, bool blCreate, Json::Value& jSto
         return 0;
 
     VORN_TRACE("blCreate=%d, jRecInOut=%s", blCreate ? 1 : 0, toString(jRecInOut).c_str());
-    VORN_TRACE("jType=%s", toString(typeMap.json()).c_str());
+    VORN_TRACE("jType=%s", toString(types.jType).c_str());
     VORN_TRACE_SQL_ERROR(strSql);
     return -1;
 }
@@ -741,13 +714,13 @@ int VornJsonDbApi::save(Json::Value& jRecInOut, bool blCreate, Json::Value& jSto
 namespace
 {
 
-bool lacksDefault(TypeMap& typeMap, const Json::Value& jRec)
+bool lacksDefault(const Schema& schema, const Json::Value& jRec)
 {
     if (!jRec.isObject())
         return true;  // filling reports it
     RecordCursor record(jRec);
-    for (const TypeMember& member : typeMap.members())
-        if (member.blHasDefault && record.find(member.strName) == nullptr)
+    for (const Member& member : schema.members())
+        if (member.blHasDefault && record.find(member.name) == nullptr)
             return true;
     return false;
 }
@@ -763,7 +736,7 @@ int VornJsonDbApi::recCreate(Json::Value& jRecIn, Json::Value& jRecOut)
     {
         if (VORN_FAILED(jRecIn.empty()))
             return false;
-        if (lacksDefault(typeMapOf(m_jTableDef, m_strName), jRecIn))
+        if (lacksDefault(typesOf(m_jTableDef, m_strName).schema, jRecIn))
         {
             jFilled = jRecIn;
             pjParam = &jFilled;
@@ -981,13 +954,13 @@ int VornJsonDbApi::removeTexts(const std::string* pTexts, std::size_t count, con
     int err = -1;
     const auto deleted = [&]
     {
-        TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
+        const Schema& schema = typesOf(m_jTableDef, m_strName).schema;
         if (VORN_FAILED_AS(0 >= count, "0 >= strVector.size()") || VORN_FAILED(!szKey || !szKey[0]))
             return false;
         std::size_t expected = 0;
-        const TypeMember* pMember = typeMap.find(szKey, expected);
+        const Member* pMember = schema.find(szKey, expected);
         if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(szKey)") ||
-            VORN_FAILED_AS(pMember->type != CppType::String, R"(jType[szKey]["cpptype"].asString() != "string")"))
+            VORN_FAILED_AS(pMember->strTypeName != "string", R"(jType[szKey]["cpptype"].asString() != "string")"))
             return false;
         std::string strSqlWhere;
         const bool blFailed = VORN_FAILED_AS(0 > expandTexts(pTexts, count, szKey, strSqlWhere),
@@ -1013,11 +986,11 @@ int VornJsonDbApi::recDeleteByName(std::string& strValue, const char* szKey)
     int err = -1;
     const auto deleted = [&]
     {
-        TypeMap& typeMap = typeMapOf(m_jTableDef, m_strName);
+        const Schema& schema = typesOf(m_jTableDef, m_strName).schema;
         if (VORN_FAILED(strValue.empty()) || VORN_FAILED(!szKey || !szKey[0]))
             return false;
         std::size_t expected = 0;
-        return !VORN_FAILED_AS(typeMap.find(szKey, expected) == nullptr, "!jType.isMember(szKey)") &&
+        return !VORN_FAILED_AS(schema.find(szKey, expected) == nullptr, "!jType.isMember(szKey)") &&
                !VORN_FAILED_AS(0 > (err = removeTexts(&strValue, 1, szKey)),
                                "0 > (err = recDeleteByArray(strVector, szKey))");
     };

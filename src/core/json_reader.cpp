@@ -15,23 +15,17 @@ namespace
 
 constexpr int kMaxDepth = 32;
 
-// Sets the value alone; assigning it would also move the comments that JsonCpp keeps beside every value.
-void set(Json::Value& jValue, Json::Value jNew)
-{
-    jValue.swapPayload(jNew);
-}
-
 class Reader
 {
 public:
-    explicit Reader(const char* szText) : m_sz(szText) {}
+    explicit Reader(std::string_view text) : m_sz(text.data()), m_szTextEnd(text.data() + text.size()) {}
 
     bool readAll(Json::Value& jValue)
     {
         if (!readValue(jValue, kMaxDepth))
             return false;
         skipSpace();
-        return *m_sz == '\0';
+        return m_sz == m_szTextEnd;
     }
 
     // Whether the value had the shape of the text before it was read.
@@ -73,16 +67,16 @@ private:
             case '"':
                 if (!readString())
                     return false;
-                set(jValue, Json::Value(m_szBegin, m_szEnd));
+                setPayload(jValue, Json::Value(m_szBegin, m_szEnd));
                 return true;
             case 't':
-                set(jValue, Json::Value(true));
+                setPayload(jValue, Json::Value(true));
                 return takeWord("true", 4);
             case 'f':
-                set(jValue, Json::Value(false));
+                setPayload(jValue, Json::Value(false));
                 return takeWord("false", 5);
             case 'n':
-                set(jValue, Json::Value());
+                setPayload(jValue, Json::Value());
                 return takeWord("null", 4);
             default:
                 return readNumber(jValue);
@@ -158,7 +152,7 @@ private:
     void setShape(Json::Value& jValue, Json::ValueType type)
     {
         m_blFits = false;
-        set(jValue, Json::Value(type));
+        setPayload(jValue, Json::Value(type));
     }
 
     Json::Value& newMember(Json::Value& jObject)
@@ -233,6 +227,8 @@ private:
         if (blNegative)
             ++m_sz;
         const char* szDigits = m_sz;
+        if (*m_sz == '0' && isDigit(m_sz[1]))
+            return false;
         Json::Int64 iValue = 0;
         while (isDigit(*m_sz) && m_sz - szDigits < kMaxDigits)
             iValue = iValue * 10 + (*m_sz++ - '0');
@@ -240,7 +236,7 @@ private:
             return false;
         if (*m_sz != '.')
         {
-            set(jValue, Json::Value(blNegative ? -iValue : iValue));
+            setPayload(jValue, Json::Value(blNegative ? -iValue : iValue));
             return !isDigit(*m_sz) && *m_sz != 'e' && *m_sz != 'E';
         }
 
@@ -251,18 +247,34 @@ private:
         if (m_sz == szFraction || *m_sz == 'e' || *m_sz == 'E' ||
             std::from_chars(szStart, m_sz, dValue).ec != std::errc())
             return false;
-        set(jValue, Json::Value(dValue));
+        setPayload(jValue, Json::Value(dValue));
         return true;
     }
 
     static bool isDigit(char c) { return c >= '0' && c <= '9'; }
 
     const char* m_sz;
+    const char* m_szTextEnd;
     const char* m_szBegin = nullptr;
     const char* m_szEnd = nullptr;
     std::string m_strUnescaped;
     bool m_blFits = true;
 };
+
+// Whether the shape of the value takes no more than room bytes, roughly, of which it is subtracted.
+bool isSmall(const Json::Value& jValue, std::ptrdiff_t& room)  // NOLINT(misc-no-recursion): kMaxDepth bounds it
+{
+    constexpr std::ptrdiff_t kNode = sizeof(Json::Value) + 16 * sizeof(void*);
+    if (!jValue.isObject() && !jValue.isArray())
+        return true;
+    for (auto it = jValue.begin(); it != jValue.end(); ++it)
+    {
+        room -= kNode + (jValue.isObject() ? static_cast<std::ptrdiff_t>(nameOf(it).size()) : 0);
+        if (room < 0 || !isSmall(*it, room))
+            return false;
+    }
+    return true;
+}
 
 // Replaces everything but objects and arrays by null.
 void reduceToShape(Json::Value& jValue)  // NOLINT(misc-no-recursion): the reader's kMaxDepth bounds it
@@ -271,18 +283,19 @@ void reduceToShape(Json::Value& jValue)  // NOLINT(misc-no-recursion): the reade
         for (Json::Value& jInner : jValue)
             reduceToShape(jInner);
     else
-        set(jValue, Json::Value());
+        setPayload(jValue, Json::Value());
 }
 
 }  // namespace
 
-bool JsonReader::read(const char* szText, Json::Value& jValue)
+bool JsonReader::read(std::string_view text, Json::Value& jValue)
 {
     constexpr int kMaxTrust = 16;
+    constexpr std::ptrdiff_t kMaxKept = 4096;
 
     const bool blTryShape = m_iTrust > -kMaxTrust;
-    set(jValue, blTryShape ? m_jShape : Json::Value());
-    Reader reader(szText);
+    setPayload(jValue, blTryShape ? m_jShape : Json::Value());
+    Reader reader(text);
     if (!reader.readAll(jValue))
         return false;
     if (blTryShape && reader.fits())
@@ -292,7 +305,8 @@ bool JsonReader::read(const char* szText, Json::Value& jValue)
     else if (blTryShape)
     {
         m_iTrust -= 2;
-        m_jShape = jValue;
+        std::ptrdiff_t room = kMaxKept;
+        setPayload(m_jShape, isSmall(jValue, room) ? jValue : Json::Value());
         reduceToShape(m_jShape);
     }
     return true;

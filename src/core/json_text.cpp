@@ -4,7 +4,6 @@
 
 #include <cmath>
 #include <cstring>
-#include <memory>
 #include <string_view>
 
 #include "json_members.h"
@@ -134,14 +133,6 @@ void append(std::string& strOut, const Json::Value& jValue)
     }
 }
 
-std::unique_ptr<Json::CharReader> makeReader()
-{
-    Json::CharReaderBuilder builder;
-    builder["collectComments"] = false;
-    builder["allowSpecialFloats"] = true;
-    return std::unique_ptr<Json::CharReader>(builder.newCharReader());
-}
-
 }  // namespace
 
 std::string toString(const Json::Value& jValue)
@@ -151,24 +142,20 @@ std::string toString(const Json::Value& jValue)
     return strText;
 }
 
-Json::Value fromString(const char* szText, JsonReader& reader)
+bool readByJsonCpp(std::string_view text, Json::CharReader& anyReader, Json::Value& jValue)
 {
-    Json::Value jValue;
-    if (reader.read(szText, jValue))
-        return jValue;
-
-    static const std::unique_ptr<Json::CharReader> anyReader = makeReader();
+    bool blRead = false;
     try
     {
-        if (!anyReader->parse(szText, szText + std::strlen(szText), &jValue, nullptr))
-            jValue = Json::Value();  // a failed parse leaves what it had read so far
+        blRead = anyReader.parse(text.data(), text.data() + text.size(), &jValue, nullptr);
     }
     catch (const Json::RuntimeError& error)
     {
         // JsonCpp raises the same kind of error where memory runs out, which is no fault of the text.
         if (std::strstr(error.what(), "stackLimit") == nullptr)
             throw;
-        jValue = Json::Value();
     }
-    return jValue;
+    if (!blRead)  // it leaves what it had read so far
+        setPayload(jValue, Json::Value());
+    return blRead;
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// JSON values as text: what is stored for members of the JSON types, follows LIMIT and OFFSET, and stands in log lines.
-// The texts are those of JsonCpp's stream writer, which made a create take 4 % more instructions (./dev figures).
+// JSON values as text, and the values of JSON texts.
 
 #ifndef VORN_JSON_TEXT_H
 #define VORN_JSON_TEXT_H
@@ -9,15 +8,23 @@
 #include <json/json.h>
 
 #include <string>
+#include <string_view>
 
 #include "json_reader.h"
 
-// Compact text on one line: UTF-8 as it is, no comments, reals with 17 significant digits, "NaN" and "Infinity" where
-// they occur. fromString() reads it back.
+// Compact text on one line, as JsonCpp's stream writer gives it: UTF-8 as it is, no comments, reals with 17 significant
+// digits, "NaN" and "Infinity" where they occur.
 std::string toString(const Json::Value& jValue);
 
-// The value of a JSON text; null when the text is not JSON or is nested deeper than JsonCpp's reader allows (1,000).
-// The reader is the column's own, or a new one.
-Json::Value fromString(const char* szText, JsonReader& reader);
+// Sets jValue to what JsonCpp's reader makes of the text. False, with jValue null, where the reader refuses it or it is
+// nested deeper than the reader allows.
+bool readByJsonCpp(std::string_view text, Json::CharReader& anyReader, Json::Value& jValue);
+
+// The same, with the column's own reader for the texts that it knows. A NUL must stand behind the text, and the
+// settings of anyReader decide only about texts that are not strict JSON.
+inline bool readJson(std::string_view text, JsonReader& reader, Json::CharReader& anyReader, Json::Value& jValue)
+{
+    return reader.read(text, jValue) || readByJsonCpp(text, anyReader, jValue);
+}
 
 #endif  // VORN_JSON_TEXT_H
