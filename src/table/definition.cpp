@@ -7,6 +7,7 @@
 #include <algorithm>
 
 #include "../core/json_members.h"
+#include "../core/schema.h"
 #include "cell_value.h"
 #include "failure.h"
 #include "names.h"
@@ -137,15 +138,7 @@ bool Definition::read(const std::string& strName, const Json::Value& jTableDef, 
 
 const Member* Definition::find(std::string_view name, std::size_t& expected) const
 {
-    if (expected < m_members.size() && m_members[expected].name == name)
-        return &m_members[expected++];
-    const auto it =
-        std::lower_bound(m_members.begin(), m_members.end(), name,
-                         [](const Member& member, std::string_view wanted) { return member.name < wanted; });
-    if (it == m_members.end() || it->name != name)
-        return nullptr;
-    expected = static_cast<std::size_t>(it - m_members.begin()) + 1;
-    return &*it;
+    return findMember(m_members, name, expected);
 }
 
 }  // namespace vorn

@@ -12,7 +12,7 @@
 #include <string_view>
 #include <vector>
 
-#include "column_type.h"
+#include "../core/cpp_type.h"
 
 namespace vorn
 {
