@@ -16,8 +16,8 @@
 
 #include "VornJsonDbApi.h"
 #include "child_process.h"
-#include "locks.h"
 #include "log_capture.h"
+#include "sleep_watch.h"
 #include "store.h"
 
 class DocExample
