@@ -4,9 +4,6 @@
 
 #include <VornJsonDbApi.h>
 
-bool blLogToStdout = false;
-bool blDebugOutput = false;
-
 int main()
 {
     sqlite3* pDb = nullptr;
