@@ -15,7 +15,7 @@
 
 #include "check.h"
 #include "json_text.h"
-#include "reference_json.h"
+#include "json_value.h"
 
 namespace
 {
@@ -42,7 +42,7 @@ Json::Value readTwice(const std::string& strText)
     JsonReader reader;
     const Json::Value jFirst = fromString(strText.c_str(), reader);
     Json::Value jSecond = fromString(strText.c_str(), reader);
-    FUZZ_CHECK(fuzz::identical(jFirst, jSecond), "read otherwise the second time: <" + strText + ">");
+    FUZZ_CHECK(support::identical(jFirst, jSecond), "read otherwise the second time: <" + strText + ">");
     return jSecond;
 }
 
@@ -52,7 +52,7 @@ constexpr int kDeepest = 990;
 std::string checkWriting(const Json::Value& jValue)
 {
     std::string strText = toString(jValue);
-    const std::string strReference = fuzz::writeReference(jValue);
+    const std::string strReference = support::writeReference(jValue);
     FUZZ_CHECK(strText == strReference, "written <" + strText + ">, by JsonCpp <" + strReference + ">");
     return strText;
 }
@@ -63,11 +63,11 @@ void checkValue(const Json::Value& jValue, bool blIdentical = true)
 {
     const std::string strText = checkWriting(jValue);
     const Json::Value jAgain = readTwice(strText);
-    FUZZ_CHECK(fuzz::identical(jAgain, fuzz::readReference(strText)), "not read like JsonCpp: <" + strText + ">");
-    if (fuzz::depthOf(jValue) > kDeepest)
+    FUZZ_CHECK(support::identical(jAgain, support::readReference(strText)), "not read like JsonCpp: <" + strText + ">");
+    if (support::depthOf(jValue) > kDeepest)
         return;
     FUZZ_CHECK(toString(jAgain) == strText, "<" + strText + "> is not stable");
-    FUZZ_CHECK(!blIdentical || fuzz::identical(jAgain, jValue), "<" + strText + "> came back as another value");
+    FUZZ_CHECK(!blIdentical || support::identical(jAgain, jValue), "<" + strText + "> came back as another value");
 }
 
 std::vector<std::string> linesOf(const std::string& strText)
@@ -92,10 +92,10 @@ Number numberOf(const std::string& strBytes)
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size)
 {
     const std::string strText(reinterpret_cast<const char*>(data), size);
-    const Json::Value jExpected = fuzz::readReference(strText);
+    const Json::Value jExpected = support::readReference(strText);
     const Json::Value jValue = readTwice(strText);
-    FUZZ_CHECK(fuzz::identical(jValue, jExpected),
-               "read as <" + toString(jValue) + ">, by JsonCpp as <" + fuzz::writeReference(jExpected) + ">");
+    FUZZ_CHECK(support::identical(jValue, jExpected),
+               "read as <" + toString(jValue) + ">, by JsonCpp as <" + support::writeReference(jExpected) + ">");
     checkValue(jValue);
 
     // Its lines as the texts of one column, some of them again: each is read into the shape of the one before.
@@ -104,7 +104,7 @@ extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size
     for (std::size_t i = 0; i < 2 * lines.size(); ++i)
     {
         const std::string& strLine = lines[i * 7 % lines.size()];
-        FUZZ_CHECK(fuzz::identical(fromString(strLine.c_str(), reader), fuzz::readReference(strLine)),
+        FUZZ_CHECK(support::identical(fromString(strLine.c_str(), reader), support::readReference(strLine)),
                    "not read like JsonCpp into another shape: <" + strLine + ">");
     }
 

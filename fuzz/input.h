@@ -14,9 +14,12 @@
 #include <string>
 #include <vector>
 
+#include "model_comparison.h"
+
 namespace fuzz
 {
 
+// Nothing where the bytes are no JSON, or could make the formatter write some 100 MB.
 std::optional<Json::Value> readInput(const std::uint8_t* data, std::size_t size);
 
 // The member or item of that name or index, or null.
@@ -28,6 +31,13 @@ std::string textOf(const Json::Value& jValue);
 std::vector<std::string> textsOf(const Json::Value& jArray);
 bool flagOf(const Json::Value& jValue);
 int smallNumberOf(const Json::Value& jValue);
+
+// Compares the library with the model on each call that the input's "steps" tell, up to a dozen.
+void compareSteps(model::Comparison& comparison, const Json::Value& jInput);
+
+// The library keeps the types of every table that it has seen: gives their larger half back, or a process with a new
+// table for each input would soon grow too large. The name must not be used again.
+void giveTypesBack(std::string strName);
 
 }  // namespace fuzz
 

@@ -4,177 +4,16 @@
 
 #include "model.h"
 
-#include <cstdint>
-#include <cstdio>
 #include <cstdlib>
-#include <limits>
-#include <memory>
+
+#include "json_value.h"
+#include "model_format.h"
 
 namespace model
 {
 
 namespace
 {
-
-std::string print(const char* format, double number)
-{
-    char buffer[512];
-    std::snprintf(buffer, sizeof buffer, format, number);
-    return buffer;
-}
-
-std::string realText(double number)
-{
-    const std::string text = print("%.17g", number);
-    return text.find_first_of(".e") == std::string::npos ? text + ".0" : text;
-}
-
-std::string quotedJson(const std::string& text)
-{
-    std::string out = "\"";
-    for (const char c : text)
-    {
-        const auto code = static_cast<unsigned char>(c);
-        if (c == '"' || c == '\\')
-            out += std::string("\\") + c;
-        else if (c == '\b')
-            out += "\\b";
-        else if (c == '\f')
-            out += "\\f";
-        else if (c == '\n')
-            out += "\\n";
-        else if (c == '\r')
-            out += "\\r";
-        else if (c == '\t')
-            out += "\\t";
-        else if (code < 0x20)
-        {
-            char escape[8];
-            std::snprintf(escape, sizeof escape, "\\u%04x", static_cast<unsigned>(code));
-            out += escape;
-        }
-        else
-            out += c;
-    }
-    return out + "\"";
-}
-
-std::string signedDigits(const Json::Value& value)
-{
-    if (value.type() == Json::nullValue)
-        return "0";
-    if (value.type() == Json::booleanValue)
-        return value.asBool() ? "1" : "0";
-    if (value.type() == Json::intValue)
-        return std::to_string(value.asLargestInt());
-    if (value.type() == Json::uintValue)
-    {
-        if (value.asLargestUInt() > static_cast<std::uint64_t>(std::numeric_limits<std::int64_t>::max()))
-            throw Refused("unsigned beyond the signed range");
-        return std::to_string(value.asLargestUInt());
-    }
-    if (value.type() == Json::realValue)
-    {
-        const double number = value.asDouble();
-        if (number >= 9223372036854775808.0 || number < -9223372036854775808.0)
-            throw Refused("real out of range");
-        return std::to_string(static_cast<long long>(number));
-    }
-    throw Refused("no integer");
-}
-
-std::string unsignedDigits(const Json::Value& value)
-{
-    if (value.type() == Json::uintValue)
-        return std::to_string(value.asLargestUInt());
-    const std::string digits = signedDigits(value);
-    // -0.5 is refused too, although it would be cut to 0.
-    if (digits[0] == '-' || (value.type() == Json::realValue && value.asDouble() < 0))
-        throw Refused("negative");
-    return digits;
-}
-
-// What "%d" prints of asInt().
-std::string intDigits(const Json::Value& value)
-{
-    const std::string digits = signedDigits(value);
-    const long long number = std::strtoll(digits.c_str(), nullptr, 10);
-    if (number > std::numeric_limits<std::int32_t>::max() || number < std::numeric_limits<std::int32_t>::min())
-        throw Refused("beyond 32 bits");
-    if (value.type() == Json::realValue && (value.asDouble() > 2147483647.0 || value.asDouble() < -2147483648.0))
-        throw Refused("beyond 32 bits");
-    return digits;
-}
-
-double number(const Json::Value& value)
-{
-    if (value.type() == Json::nullValue)
-        return 0;
-    if (value.type() == Json::booleanValue)
-        return value.asBool() ? 1 : 0;
-    if (value.type() == Json::intValue)
-        return static_cast<double>(value.asLargestInt());
-    if (value.type() == Json::uintValue)
-        return static_cast<double>(value.asLargestUInt());
-    if (value.type() == Json::realValue)
-        return value.asDouble();
-    throw Refused("no number");
-}
-
-std::string literal(const std::string& text)
-{
-    return "'" + doubledQuotes(text) + "'";
-}
-
-std::optional<std::string> valueText(const std::string& type, const Json::Value& value)
-{
-    if (type == "string")
-        return literal(bareText(value));
-    if (type == "long long" || type == "int" || type == "long" || type == "bool")
-        return signedDigits(value);
-    if (type == "unsigned long long" || type == "unsigned int" || type == "unsigned long" || type == "unsigned")
-        return unsignedDigits(value);
-    if (type == "float")
-        return print("%f", static_cast<double>(static_cast<float>(number(value))));
-    if (type == "double")
-        return print("%f", number(value));
-    if (type == "Json::objectValue" || type == "Json::arrayValue")
-        return literal(jsonText(value));
-    return std::nullopt;
-}
-
-struct Formatted
-{
-    std::string text;
-    bool cut = false;
-};
-
-// What a formatter makes of text that it has written itself once before.
-Formatted formattedAgain(const std::string& text)
-{
-    const std::string consuming = "dgzqQwcouxXfeEGinpTSrs";
-    const std::string modifiers = "-+ #!,.*l0123456789";
-    Formatted out;
-    for (std::size_t i = 0; i < text.size(); i++)
-    {
-        if (text[i] != '%')
-        {
-            out.text += text[i];
-            continue;
-        }
-        const char next = i + 1 < text.size() ? text[i + 1] : '\0';
-        if (next == '\0' || consuming.find(next) != std::string::npos || modifiers.find(next) != std::string::npos)
-            throw Undefined("a conversion inside a value");
-        if (next != '%')
-        {
-            out.cut = true;
-            return out;
-        }
-        out.text += '%';
-        i++;
-    }
-    return out;
-}
 
 bool isJsonType(const std::string& type)
 {
@@ -183,54 +22,21 @@ bool isJsonType(const std::string& type)
 
 }  // namespace
 
-Columns columnsOf(const Json::Value& definition, const std::string& table)
+std::optional<Columns> columnsOf(const Json::Value& definition, const std::string& table)
 {
+    const auto member = [](const Json::Value& value, const std::string& name)
+    { return value.isObject() ? value.get(name, Json::Value()) : Json::Value(); };
+    const Json::Value members = member(member(definition, table), "member");
+    if (!members.isObject() || members.empty())
+        return std::nullopt;
     Columns columns;
-    const Json::Value& members = definition[table]["member"];
-    for (auto member = members.begin(); member != members.end(); ++member)
-        columns[member.name()] = (*member)["cpptype"].asString();
+    for (auto it = members.begin(); it != members.end(); ++it)
+    {
+        if (!member(*it, "cpptype").isString())
+            return std::nullopt;
+        columns[it.name()] = (*it)["cpptype"].asString();
+    }
     return columns;
-}
-
-std::string jsonText(const Json::Value& value)
-{
-    if (value.type() == Json::nullValue)
-        return "null";
-    if (value.type() == Json::stringValue)
-        return quotedJson(value.asString());
-    if (value.type() == Json::realValue)
-        return realText(value.asDouble());
-    std::string out;
-    if (value.type() == Json::arrayValue)
-    {
-        for (const Json::Value& item : value)
-            out += (out.empty() ? "" : ",") + jsonText(item);
-        return "[" + out + "]";
-    }
-    if (value.type() == Json::objectValue)
-    {
-        for (auto member = value.begin(); member != value.end(); ++member)
-            out += (out.empty() ? "" : ",") + quotedJson(member.name()) + ":" + jsonText(*member);
-        return "{" + out + "}";
-    }
-    return bareText(value);
-}
-
-std::string bareText(const Json::Value& value)
-{
-    if (value.type() == Json::nullValue)
-        return "";
-    if (value.type() == Json::booleanValue)
-        return value.asBool() ? "true" : "false";
-    if (value.type() == Json::intValue)
-        return std::to_string(value.asLargestInt());
-    if (value.type() == Json::uintValue)
-        return std::to_string(value.asLargestUInt());
-    if (value.type() == Json::realValue)
-        return realText(value.asDouble());
-    if (value.type() == Json::stringValue)
-        return value.asString();
-    throw Refused("no scalar");
 }
 
 std::string doubledQuotes(const std::string& text)
@@ -268,13 +74,10 @@ std::optional<std::string> valueList(const std::string& textSoFar, const Columns
     {
         if (!record.isMember(name))
             continue;
-        const std::optional<std::string> value = valueText(type, record[name]);
-        if (!value)
+        const std::optional<std::string> text = formatted(out, type, record[name]);
+        if (!text)
             return std::nullopt;
-        const Formatted before = formattedAgain(out);
-        out = before.text;
-        if (!before.cut)
-            out += *value;
+        out = *text;
         out += name == columns.rbegin()->first ? ") " : ",";
     }
     return out;
@@ -287,12 +90,12 @@ std::optional<std::string> matchCondition(const Columns& columns, const std::str
         return std::nullopt;
     const std::string& type = column->second;
     if (type == "string")
-        return name + "='" + doubledQuotes(bareText(value)) + "'";
+        return name + "='" + doubledQuotes(value.asString()) + "'";
     if (isJsonType(type))
-        return name + "='" + doubledQuotes(jsonText(value)) + "'";
+        return name + "='" + doubledQuotes(support::writeReference(value)) + "'";
     if (type == "bool")
-        return name + "=" + intDigits(value);
-    return name + "=" + doubledQuotes(bareText(value));
+        return name + "=" + std::to_string(value.asInt());
+    return name + "=" + doubledQuotes(value.asString());
 }
 
 std::optional<std::string> listCondition(const Columns& columns, const std::string& name, const Json::Value& list)
@@ -307,11 +110,11 @@ std::optional<std::string> listCondition(const Columns& columns, const std::stri
     for (const Json::Value& item : list)
     {
         if (type == "string")
-            out += "'" + doubledQuotes(bareText(item)) + "'";
+            out += "'" + doubledQuotes(item.asString()) + "'";
         else if (isJsonType(type))
-            out += "'" + doubledQuotes(jsonText(item)) + "'";
+            out += "'" + doubledQuotes(support::writeReference(item)) + "'";
         else
-            out += doubledQuotes(bareText(item));
+            out += doubledQuotes(item.asString());
     }
     return out + " )";
 }
@@ -363,17 +166,15 @@ Fragment sortAndPage(const std::string& textSoFar, const Json::Value& param)
     std::string out = textSoFar;
     if (param.isMember("sort_by"))
     {
-        if (param["sort_by"].type() != Json::stringValue)
-            throw Refused("sort_by is no string");
-        out += " order by '" + doubledQuotes(param["sort_by"].asString()) + "'";
+        out += " order by '" + doubledQuotes(param["sort_by"].asCString()) + "'";
         if (param.isMember("sort_direction"))
-            out += bareText(param["sort_direction"]) == "desc" ? " DESC" : " ASC";
+            out += param["sort_direction"].asString() == "desc" ? " DESC" : " ASC";
     }
     if (param.isMember("limit"))
     {
-        out += " LIMIT " + jsonText(param["limit"]);
+        out += " LIMIT " + support::writeReference(param["limit"]);
         if (param.isMember("offset"))
-            out += " OFFSET " + jsonText(param["offset"]);
+            out += " OFFSET " + support::writeReference(param["offset"]);
     }
     return {0, out};
 }
@@ -408,19 +209,18 @@ std::string deleteText(const std::string& table, const std::string& condition)
     return "DELETE FROM " + table + " " + (condition.empty() ? "" : " WHERE " + condition) + ";";
 }
 
-std::optional<Json::Value> rowRecord(const Columns& columns, const std::vector<std::string>& names,
-                                     const std::vector<std::optional<std::string>>& texts)
+std::optional<Json::Value> rowRecord(const Columns& columns, int count, char** texts, char** names)
 {
     Json::Value record(Json::objectValue);
-    for (std::size_t i = 0; i < names.size(); i++)
+    for (int i = 0; i < count; i++)
     {
-        const auto column = columns.find(names[i]);
+        const auto column = names[i] != nullptr ? columns.find(names[i]) : columns.end();
         if (column == columns.end())
             return std::nullopt;
-        if (!texts[i])
+        if (texts[i] == nullptr)
             continue;
         const std::string& type = column->second;
-        const char* const text = texts[i]->c_str();
+        const char* const text = texts[i];
         if (type == "string")
             record[names[i]] = text;
         else if (type == "int" || type == "unsigned int")
@@ -430,14 +230,7 @@ std::optional<Json::Value> rowRecord(const Columns& columns, const std::vector<s
         else if (type == "bool")
             record[names[i]] = std::strtol(text, nullptr, 10) == 1;
         else if (isJsonType(type))
-        {
-            const Json::CharReaderBuilder builder;
-            const std::unique_ptr<Json::CharReader> reader(builder.newCharReader());
-            Json::Value parsed;
-            if (!reader->parse(text, text + texts[i]->size(), &parsed, nullptr))
-                parsed = Json::Value();
-            record[names[i]] = parsed;
-        }
+            record[names[i]] = support::readReference(text);
         else
             return std::nullopt;
     }
@@ -446,6 +239,8 @@ std::optional<Json::Value> rowRecord(const Columns& columns, const std::vector<s
 
 bool typesFit(const Columns& columns, const Json::Value& record)
 {
+    if (!record.isObject())
+        return false;
     for (const std::string& name : record.getMemberNames())
     {
         const auto column = columns.find(name);

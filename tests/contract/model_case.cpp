@@ -9,6 +9,7 @@
 #include <random>
 #include <set>
 
+#include "json_value.h"
 #include "model.h"
 
 namespace model
@@ -202,7 +203,7 @@ Json::Value randomMembers(Random& random)
 }
 
 // Columns stand in any order; now and then the table has one that is not declared, or lacks one that is.
-std::string randomCreateStatement(Random& random, const std::string& table, const Columns& columns)
+std::string randomColumns(Random& random, const Columns& columns)
 {
     const char* const affinities[] = {"", "", " TEXT", " INTEGER", " REAL", " BLOB"};
     const char* const constraints[] = {" UNIQUE", " PRIMARY KEY", " NOT NULL", " DEFAULT 7",
@@ -233,7 +234,7 @@ std::string randomCreateStatement(Random& random, const std::string& table, cons
     {
         out += (out.empty() ? "" : ",") + column;
     }
-    return "CREATE TABLE IF NOT EXISTS " + table + " (" + out + ")";
+    return out;
 }
 
 Json::Value randomRecord(Random& random, const Columns& columns, std::size_t oneLeftOutIn)
@@ -340,13 +341,14 @@ std::string randomQuery(Random& random, const std::string& table, const Columns&
 
 Step randomStep(Random& random, Call call, const Columns& columns)
 {
-    Step step{call, {}, {}, {}, {}, {}, 0, false};
+    Step step;
+    step.call = call;
     const char* const prefixes[] = {"", "x", "INSERT INTO t (a) VALUES ("};
     step.text = random.from(prefixes);
     step.flag = random.oneIn(2);
     step.name = call == Call::DeleteByArray || call == Call::DeleteByName ? randomStringName(random, columns)
                                                                           : randomName(random, columns);
-    const auto column = columns.find(step.name);
+    const auto column = columns.find(*step.name);
     const std::string type = column == columns.end() ? "string" : column->second;
     switch (call)
     {
@@ -375,6 +377,10 @@ Step randomStep(Random& random, Call call, const Columns& columns)
         case Call::MemberList:
             step.first = randomParam(random, columns);
             step.number = static_cast<int>(random.below(4));
+            break;
+        case Call::Vector:
+            step.first = randomParam(random, columns);
+            step.texts = {randomText(random), randomText(random)};
             break;
         case Call::Query:  // see randomCase()
             break;
@@ -418,11 +424,12 @@ Case randomCase(std::uint64_t seed, std::uint64_t index)
     Case out;
     out.table = "m" + std::to_string(index) + "_" + std::to_string(seed);
     out.definition[out.table]["member"] = randomMembers(random);
-    const Columns columns = columnsOf(out.definition, out.table);
-    out.createStatement = randomCreateStatement(random, out.table, columns);
+    const Columns columns = columnsOf(out.definition, out.table).value();
+    out.columns = randomColumns(random, columns);
 
-    const Call builders[] = {Call::ColumnList, Call::ValueList,   Call::Match,      Call::ListCondition,
-                             Call::MemberList, Call::SortAndPage, Call::CheckTypes, Call::FillDefaults};
+    const Call builders[] = {Call::ColumnList,    Call::ValueList,  Call::Match,
+                             Call::ListCondition, Call::MemberList, Call::SortAndPage,
+                             Call::Vector,        Call::CheckTypes, Call::FillDefaults};
     const Call reads[] = {Call::List, Call::GetOne};
     const Call changes[] = {Call::UpdateByFilter, Call::UpdateByWhere, Call::Delete,
                             Call::DeleteAll,      Call::DeleteByArray, Call::DeleteByName};
@@ -443,6 +450,49 @@ Case randomCase(std::uint64_t seed, std::uint64_t index)
         out.steps.push_back(randomStep(random, random.from(changes), columns));
     }
     return out;
+}
+
+std::string asInput(const Case& example)
+{
+    Json::Value jInput;
+    jInput["definition"]["T"] = example.definition[example.table];
+    jInput["columns"] = example.columns;
+    for (const Step& step : example.steps)
+    {
+        const CallShape& shape = kCallShapes[static_cast<std::size_t>(step.call)];
+        Json::Value jStep;
+        jStep.append(shape.szName);
+        for (const char* sz = shape.szArguments; *sz != '\0'; ++sz)
+        {
+            switch (*sz)
+            {
+                case 'f':
+                    jStep.append(step.first);
+                    break;
+                case 's':
+                    jStep.append(step.second);
+                    break;
+                case 't':
+                    jStep.append(step.text);
+                    break;
+                case 'n':
+                    jStep.append(step.name ? Json::Value(*step.name) : Json::Value());
+                    break;
+                case 'i':
+                    jStep.append(step.number);
+                    break;
+                case 'b':
+                    jStep.append(step.flag);
+                    break;
+                default:
+                    jStep.append(Json::Value(Json::arrayValue));
+                    for (const std::string& text : step.texts)
+                        jStep[jStep.size() - 1].append(text);
+            }
+        }
+        jInput["steps"].append(jStep);
+    }
+    return support::writeReference(jInput);
 }
 
 }  // namespace model

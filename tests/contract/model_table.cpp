@@ -4,9 +4,6 @@
 
 #include "model_table.h"
 
-#include <cstddef>
-#include <optional>
-
 namespace model
 {
 
@@ -17,47 +14,48 @@ struct Rows
 {
     const Columns* columns;
     Json::Value* out;
+    bool stopped = false;
 };
 
 int addRow(void* context, int count, char** texts, char** names)
 {
-    const Rows* rows = static_cast<Rows*>(context);
-    std::vector<std::string> columnNames;
-    std::vector<std::optional<std::string>> columnTexts;
-    for (int i = 0; i < count; i++)
-    {
-        columnNames.emplace_back(names[i]);
-        columnTexts.push_back(texts[i] ? std::optional<std::string>(texts[i]) : std::nullopt);
-    }
-    const std::optional<Json::Value> record = rowRecord(*rows->columns, columnNames, columnTexts);
-    if (!record)
-    {
-        return 1;
-    }
-    rows->out->append(*record);
-    return 0;
+    Rows& rows = *static_cast<Rows*>(context);
+    const std::optional<Json::Value> record = rowRecord(*rows.columns, count, texts, names);
+    rows.stopped = !record;
+    if (record)
+        rows.out->append(*record);
+    return rows.stopped ? 1 : 0;
 }
 
 }  // namespace
 
 Table::Table(sqlite3* db, std::string name, Json::Value definition)
-    : m_db(db), m_name(std::move(name)), m_definition(std::move(definition)), m_columns(columnsOf(m_definition, m_name))
+    : m_db(db),
+      m_name(std::move(name)),
+      m_definition(std::move(definition)),
+      m_columns(columnsOf(m_definition, m_name).value_or(Columns()))
 {
 }
 
 int Table::run(const std::string& sql, Json::Value* rows)
 {
-    Rows context{&m_columns, rows};
-    char* error = nullptr;
-    const int status = sqlite3_exec(m_db, sql.c_str(), rows ? addRow : nullptr, &context, &error);
-    m_error = error ? error : "";
-    sqlite3_free(error);
-    if (status != SQLITE_OK)
+    constexpr int attempts = 500;
+    m_error.clear();
+    for (int i = 0; i < attempts && !sql.empty(); i++)
     {
+        Rows context{&m_columns, rows};
+        char* error = nullptr;
+        const int status = sqlite3_exec(m_db, sql.c_str(), rows ? addRow : nullptr, &context, &error);
+        m_error = error ? error : "";
+        sqlite3_free(error);
+        if (status == SQLITE_OK)
+            return rows ? 0 : sqlite3_changes(m_db);
         m_refused.emplace_back(m_error, sql);
-        return -1;
+        // Hostile SQL can raise an error with this text.
+        if (context.stopped || m_error.find("database is locked") == std::string::npos)
+            break;
     }
-    return rows ? 0 : sqlite3_changes(m_db);
+    return -1;
 }
 
 int Table::failedWrite()
@@ -73,7 +71,7 @@ int Table::save(Json::Value& record, bool insert)
 {
     const std::optional<std::string> sql = saveText(m_name, m_columns, record, insert);
     Json::Value rows(Json::arrayValue);
-    if (!sql || run(*sql, &rows) < 0 || rows.size() == 0)
+    if (!sql || run(*sql, &rows) < 0 || rows.empty())
     {
         return -1;
     }
@@ -83,7 +81,7 @@ int Table::save(Json::Value& record, bool insert)
 
 int Table::create(const Json::Value& in, Json::Value& out)
 {
-    if (in.size() == 0)
+    if (in.empty())
     {
         return failedWrite();
     }
@@ -93,6 +91,22 @@ int Table::create(const Json::Value& in, Json::Value& out)
         return failedWrite();
     }
     out = record;
+    return 0;
+}
+
+int Table::fillDefaults(Json::Value& record, bool requireAll)
+{
+    const Json::Value filled = withDefaults(m_definition, m_name, record);
+    if (!requireAll)
+    {
+        record = filled;
+        return 0;
+    }
+    for (const auto& [name, type] : m_columns)
+    {
+        if (!record.isMember(name))
+            return -1;
+    }
     return 0;
 }
 
@@ -118,7 +132,7 @@ int Table::getOne(const Json::Value& param, Json::Value& out)
     {
         return -1;
     }
-    if (rows.size() == 0)
+    if (rows.empty())
     {
         return 0;
     }
@@ -135,7 +149,7 @@ int Table::getOne(const Json::Value& param, Json::Value& out)
 
 int Table::updateByWhere(const Json::Value& values, const std::string& condition)
 {
-    if (condition.empty() || values.size() == 0)
+    if (condition.empty() || values.empty())
     {
         return -1;
     }
@@ -151,7 +165,7 @@ int Table::updateByWhere(const Json::Value& values, const std::string& condition
 
 int Table::updateByFilter(const Json::Value& filter, const Json::Value& values)
 {
-    if (filter.type() != Json::objectValue || filter.size() == 0 || values.type() != Json::objectValue)
+    if (filter.type() != Json::objectValue || filter.empty() || values.type() != Json::objectValue)
     {
         return failedWrite();
     }
@@ -177,9 +191,9 @@ int Table::remove(const Json::Value& param, bool allowAll)
     return run(deleteText(m_name, condition.text), nullptr);
 }
 
-int Table::removeByArray(const std::vector<std::string>& values, const std::string& name)
+int Table::removeByArray(const std::vector<std::string>& values, const std::optional<std::string>& name)
 {
-    const auto column = m_columns.find(name);
+    const auto column = name ? m_columns.find(*name) : m_columns.end();
     if (values.empty() || column == m_columns.end() || column->second != "string")
     {
         return -1;
@@ -187,14 +201,9 @@ int Table::removeByArray(const std::vector<std::string>& values, const std::stri
     Json::Value param;
     for (const std::string& value : values)
     {
-        param[name].append(value);
+        param[*name].append(value);
     }
     return remove(param, false);
-}
-
-int Table::removeByName(const std::string& value, const std::string& name)
-{
-    return value.empty() ? -1 : removeByArray({value}, name);
 }
 
 }  // namespace model

@@ -8,6 +8,7 @@
 #include <json/json.h>
 #include <sqlite3.h>
 
+#include <optional>
 #include <string>
 #include <utility>
 #include <vector>
@@ -20,27 +21,27 @@ namespace model
 class Table
 {
 public:
-    Table(sqlite3* db, std::string name, Json::Value definition);
+    Table(sqlite3* db, std::string name, Json::Value definition);  // without columns where it defines none
 
     int save(Json::Value& record, bool insert);
     int create(const Json::Value& in, Json::Value& out);
+    int fillDefaults(Json::Value& record, bool requireAll);
     int list(const Json::Value& param, Json::Value& out);
     int getOne(const Json::Value& param, Json::Value& out);
     int updateByWhere(const Json::Value& values, const std::string& condition);
     int updateByFilter(const Json::Value& filter, const Json::Value& values);
     int remove(const Json::Value& param, bool allowAll);
-    int removeByArray(const std::vector<std::string>& values, const std::string& name);
-    int removeByName(const std::string& value, const std::string& name);
+    int removeByArray(const std::vector<std::string>& values, const std::optional<std::string>& name);
 
     const std::string& name() const { return m_name; }
-    const Json::Value& definition() const { return m_definition; }
     const Columns& columns() const { return m_columns; }
     // The message that a caller reads after a duplicate key.
     const std::string& message() const { return m_message; }
     // Every text that SQLite refused, with SQLite's error text before it.
     const std::vector<std::pair<std::string, std::string>>& refused() const { return m_refused; }
 
-    // Runs a text. Rows are appended to rows as records when it is given. The count of changed rows, or -1.
+    // Runs a text as the library is expected to, again while it fails with "database is locked". Rows are appended to
+    // rows as records when it is given. The count of changed rows, 0 for queries, or -1.
     int run(const std::string& sql, Json::Value* rows);
 
 private:

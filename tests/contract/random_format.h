@@ -21,7 +21,6 @@ namespace support
 struct Kind
 {
     const char* type;
-    const char* conversion;
     std::vector<Json::Value> values;
     std::vector<const char*> fitting;  // conversions of this kind and size
 };

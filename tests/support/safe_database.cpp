@@ -1,10 +1,8 @@
 // SPDX-License-Identifier: MIT
 
-#include "database.h"
+#include "safe_database.h"
 
-#include "check.h"
-
-namespace fuzz
+namespace support
 {
 
 namespace
@@ -36,40 +34,35 @@ void appendRows(std::string& strOut, sqlite3* pDb, const std::string& strQuery)
 
 }  // namespace
 
-Database::Database()
+SafeDatabase::SafeDatabase()
 {
-    FUZZ_CHECK(sqlite3_open(":memory:", &m_pDb) == SQLITE_OK, "no database in memory");
-    sqlite3_limit(m_pDb, SQLITE_LIMIT_ATTACHED, 0);
-    sqlite3_limit(m_pDb, SQLITE_LIMIT_LENGTH, 200000);
-    sqlite3_limit(m_pDb, SQLITE_LIMIT_TRIGGER_DEPTH, 5);
-    sqlite3_set_authorizer(m_pDb, refuse, nullptr);
-    sqlite3_progress_handler(m_pDb, 1000, count, this);
+    sqlite3* const pDb = handle();
+    sqlite3_limit(pDb, SQLITE_LIMIT_ATTACHED, 0);
+    sqlite3_limit(pDb, SQLITE_LIMIT_LENGTH, 200000);
+    sqlite3_limit(pDb, SQLITE_LIMIT_TRIGGER_DEPTH, 5);
+    sqlite3_set_authorizer(pDb, refuse, nullptr);
+    sqlite3_progress_handler(pDb, 1000, count, this);
 }
 
-Database::~Database()
-{
-    FUZZ_CHECK(sqlite3_close(m_pDb) == SQLITE_OK, sqlite3_errmsg(m_pDb));
-}
-
-void Database::rewind()
+void SafeDatabase::rewind()
 {
     sqlite3_test_control(SQLITE_TESTCTRL_PRNG_SEED, 1, nullptr);
     m_nSteps = 0;
 }
 
-std::string Database::dump(const std::string& strTable)
+std::string SafeDatabase::dump(const std::string& strTable)
 {
     rewind();
     std::string strOut;
-    appendRows(strOut, m_pDb, "select rowid from " + strTable);
-    appendRows(strOut, m_pDb, "select * from " + strTable);
-    appendRows(strOut, m_pDb, "select type, name, sql from sqlite_schema");
+    appendRows(strOut, handle(), "select rowid from " + strTable);
+    appendRows(strOut, handle(), "select * from " + strTable);
+    appendRows(strOut, handle(), "select type, name, sql from sqlite_schema");
     rewind();
     return strOut;
 }
 
 // What reaches beyond the connection, and what tells the time.
-int Database::refuse(void*, int iAction, const char*, const char* szFunction, const char*, const char*)
+int SafeDatabase::refuse(void*, int iAction, const char*, const char* szFunction, const char*, const char*)
 {
     switch (iAction)
     {
@@ -89,10 +82,10 @@ int Database::refuse(void*, int iAction, const char*, const char* szFunction, co
     }
 }
 
-int Database::count(void* pThis)
+int SafeDatabase::count(void* pThis)
 {
     constexpr int kMaxThousandSteps = 50;
-    return ++static_cast<Database*>(pThis)->m_nSteps > kMaxThousandSteps ? 1 : 0;
+    return ++static_cast<SafeDatabase*>(pThis)->m_nSteps > kMaxThousandSteps ? 1 : 0;
 }
 
-}  // namespace fuzz
+}  // namespace support

@@ -1,18 +1,16 @@
 // SPDX-License-Identifier: MIT
 
-#include "formatter.h"
+#include "model_format.h"
 
-#include <algorithm>
 #include <cstring>
 #include <limits>
 #include <memory>
-#include <string_view>
 #include <vector>
 
-#include "check.h"
-#include "reference_json.h"
+#include "database.h"
+#include "json_value.h"
 
-namespace fuzz
+namespace model
 {
 
 namespace
@@ -56,7 +54,7 @@ std::optional<Operand> operandOf(const std::string& strType, const Json::Value& 
     if (strType == "string")
         return text(jValue.asString());
     if (strType == "Json::objectValue" || strType == "Json::arrayValue")
-        return text(writeReference(jValue));
+        return text(support::writeReference(jValue));
     if (strType == "long long" || strType == "int" || strType == "long" || strType == "bool")
         return integer("%lld", jValue.asInt64());
     if (strType == "unsigned long long" || strType == "unsigned int" || strType == "unsigned long" ||
@@ -160,13 +158,15 @@ public:
     bool takes(const Operand& operand) const { return !m_uses.empty() && m_uses[0].kind == operand.kind; }
 };
 
-ValueList taken(char* szText)
+std::string taken(char* szText)
 {
     const std::unique_ptr<char, decltype(&sqlite3_free)> released(szText, sqlite3_free);
-    return szText == nullptr ? ValueList{Outcome::NoText, {}} : ValueList{Outcome::Written, szText};
+    if (szText == nullptr)
+        throw std::logic_error("no text");
+    return szText;
 }
 
-ValueList plainCall(const char* szFormat, const Operand& operand)
+std::string plainCall(const char* szFormat, const Operand& operand)
 {
     switch (operand.kind)
     {
@@ -177,7 +177,7 @@ ValueList plainCall(const char* szFormat, const Operand& operand)
         case Operand::Kind::Text:
             return taken(sqlite3_mprintf(szFormat, operand.strValue.c_str()));
     }
-    return {Outcome::NotDefined, {}};
+    throw Undefined("no kind");
 }
 
 // One statement, kept for the whole run.
@@ -185,17 +185,15 @@ sqlite3_stmt* formatStatement()
 {
     static sqlite3_stmt* const pStatement = []
     {
-        sqlite3* pDb = nullptr;
+        static const support::Database* const pDatabase = new support::Database;
         sqlite3_stmt* pPrepared = nullptr;
-        FUZZ_CHECK(sqlite3_open(":memory:", &pDb) == SQLITE_OK, "no database in memory");
-        FUZZ_CHECK(sqlite3_prepare_v2(pDb, "select format(?1, ?2)", -1, &pPrepared, nullptr) == SQLITE_OK,
-                   sqlite3_errmsg(pDb));
+        sqlite3_prepare_v2(pDatabase->handle(), "select format(?1, ?2)", -1, &pPrepared, nullptr);
         return pPrepared;
     }();
     return pStatement;
 }
 
-ValueList sqlCall(const char* szFormat, const Operand& operand, bool blTakes)
+std::string sqlCall(const char* szFormat, const Operand& operand, bool blTakes)
 {
     sqlite3_stmt* const pStatement = formatStatement();
     sqlite3_reset(pStatement);
@@ -208,66 +206,24 @@ ValueList sqlCall(const char* szFormat, const Operand& operand, bool blTakes)
     else if (blTakes)
         sqlite3_bind_text(pStatement, 2, operand.strValue.c_str(), -1, SQLITE_TRANSIENT);
     if (sqlite3_step(pStatement) != SQLITE_ROW || sqlite3_column_text(pStatement, 0) == nullptr)
-        return {Outcome::NotDefined, {}};
-    return {Outcome::Written, reinterpret_cast<const char*>(sqlite3_column_text(pStatement, 0))};
-}
-
-ValueList formatted(const std::string& strText, const Operand& operand)
-{
-    const std::string strFormat = strText + operand.szConversion;
-    const Format format(strFormat.c_str());
-    if (format.isDefinedFor(operand))
-        return plainCall(strFormat.c_str(), operand);
-    if (format.isSqlFor(operand))
-        return sqlCall(strFormat.c_str(), operand, format.takes(operand));
-    return {Outcome::NotDefined, {}};
+        throw Undefined("the SQL function gives no text");
+    return reinterpret_cast<const char*>(sqlite3_column_text(pStatement, 0));
 }
 
 }  // namespace
 
-ValueList expectedValueList(const std::string& strStart, const Types& types, const Json::Value& jRecord)
+std::optional<std::string> formatted(const std::string& strSoFar, const std::string& strType, const Json::Value& jValue)
 {
-    ValueList list{Outcome::Written, strStart};
-    for (const auto& [strName, strType] : types)
-    {
-        try
-        {
-            if (!jRecord.isMember(strName))
-                continue;
-            const std::optional<Operand> operand = operandOf(strType, jRecord[strName]);
-            if (!operand)
-                return {Outcome::Refused, {}};
-            list = formatted(list.strText, *operand);
-        }
-        catch (const Json::Exception&)
-        {
-            return {Outcome::WrongKind, {}};
-        }
-        if (list.outcome != Outcome::Written)
-            return list;
-        list.strText += strName == types.rbegin()->first ? ") " : ",";
-    }
-    return list;
+    const std::optional<Operand> operand = operandOf(strType, jValue);
+    if (!operand)
+        return std::nullopt;
+    const std::string strFormat = strSoFar + operand->szConversion;
+    const Format format(strFormat.c_str());
+    if (format.isDefinedFor(*operand))
+        return plainCall(strFormat.c_str(), *operand);
+    if (format.isSqlFor(*operand))
+        return sqlCall(strFormat.c_str(), *operand, format.takes(*operand));
+    throw Undefined("a conversion that reaches for another value");
 }
 
-bool hasLargeWidth(const std::string& strText)
-{
-    // A width that gives no text at all is no burden.
-    constexpr std::string_view kNoText = "2000000000";
-    constexpr std::string_view kBeforeType = "-+ #!,.*l0123456789";
-    constexpr std::size_t kMaxDigits = 5;
-    for (std::size_t i = strText.find('%'); i != std::string::npos; i = strText.find('%', i))
-    {
-        ++i;
-        while (i < strText.size() && kBeforeType.find(strText[i]) != std::string_view::npos)
-        {
-            const std::size_t end = std::min(strText.find_first_not_of("0123456789", i), strText.size());
-            if (end - i > kMaxDigits && strText.compare(i, end - i, kNoText) != 0)
-                return true;
-            i = std::max(end, i + 1);
-        }
-    }
-    return false;
-}
-
-}  // namespace fuzz
+}  // namespace model
