@@ -80,7 +80,8 @@ public:
     VORN_JSON_DB_EXPORT std::string getErrMsg();
     VORN_JSON_DB_EXPORT void setErrMsg(std::string strErrMsg);
 
-    // Runs the create statement once more. 0, or -1 with SQLite's text in the log.
+    // Runs the create statement once more. 0 when SQLite ran it, which does not say that the table fits its definition;
+    // -1 with SQLite's text in the log.
     VORN_JSON_DB_EXPORT int tableCreate();
 
     // ---- Records
@@ -136,15 +137,17 @@ public:
     // --------------------------------------------------------------------------------------------------
 
     // Runs SQL text (one statement or several) with sqlite3_exec(). While SQLite reports "database is locked" the whole
-    // text is run again, at most 500 times with 10 ms between, so about 5 seconds. callback has sqlite3_exec()'s shape
-    // and gets pContext; pass DbCallBackFillList and the address of a Json::Value to collect records. A callback that
-    // returns non-zero ends the query for good. An exception thrown by it is held back until SQLite has finished and is
-    // then raised again. Returns 0 with a callback, sqlite3_changes() without one, -1 on failure.
+    // text is run again, at most 500 times with 10 ms between, so about 5 seconds; a busy timeout or handler of the
+    // connection is waited out at each of these attempts. callback has sqlite3_exec()'s shape and gets pContext; pass
+    // DbCallBackFillList and the address of a Json::Value to collect records. A callback that returns non-zero ends the
+    // query for good. An exception thrown by it is held back until SQLite has finished and is then raised again.
+    // Returns 0 with a callback, sqlite3_changes() without one, -1 on failure.
     VORN_JSON_DB_EXPORT int runSqlEx(std::string strSql, int (*callback)(void*, int, char**, char**) = nullptr,
                                      void* pContext = nullptr);
 
     // Row callback: appends the row as one record to the Json::Value (null or an array) at pjRecArray. Member types are
-    // those of the table whose object ran the last statement. 0, or -1 to stop the query.
+    // those of the table whose object ran the last statement; when no operation has used that table yet, call recType()
+    // first, or the table stays without types. 0, or -1 to stop the query.
     VORN_JSON_DB_EXPORT static int DbCallBackFillList(void* pjRecArray, int n_column, char** column_value,
                                                       char** column_name);
 
@@ -188,9 +191,9 @@ public:
     VORN_JSON_DB_EXPORT int SqlMakeByListField(const char* szField, Json::Value& jList, std::string& strOut);
 
     // Appends one condition for each declared member of jRecParam (null or an object), joined by andType; an array
-    // value becomes a list condition. The string member "vornSqlWhereFilter" is raw SQL and is inserted as it stands.
-    // Members that are not declared are passed over. 0, 1 when there was nothing to write, or -1 (strSqlWhereOut may
-    // then hold an unfinished condition).
+    // value becomes a list condition. The string member "vornSqlWhereFilter" is raw SQL and is inserted as it stands:
+    // put it in parentheses, or an "or" in it takes the other conditions apart. Members that are not declared are
+    // passed over. 0, 1 when there was nothing to write, or -1 (strSqlWhereOut may then hold an unfinished condition).
     VORN_JSON_DB_EXPORT int SqlExpandMemberList(Json::Value& jRecParam, std::string& strSqlWhereOut, int andType);
 
     // Appends the clause for "sort_by" (a string, written as a quoted literal), "sort_direction" ("desc", anything else
