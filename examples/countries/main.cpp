@@ -109,7 +109,7 @@ void run(const std::string& database, const std::string& input)
     std::string create = kCreate;
     Json::Value definition = json(kDefinition);
     VornJsonDbApi countries(connection.get(), name, definition, create);
-    require(countries.tableCreate() == 0, "creating the table");  // the constructor cannot report a failure
+    require(countries.tableCreate() == 0, "creating the table");  // the constructor cannot report that SQLite refused it
     require(countries.recDeleteAll() >= 0, "emptying the table");
 
     createAll(countries, entries);
@@ -134,8 +134,9 @@ void run(const std::string& database, const std::string& input)
     require(countries.recGetOne(filter, found) == 1, "fetching IS");
     std::printf("fetched    IS: %s, also %s\n", found["name"].asCString(), found["source"]["alpha_3"].asCString());
 
-    // A raw condition is SQL text: written here in the program, never taken from outside.
-    filter = json(R"({"vornSqlWhereFilter": "name LIKE '%Island%'"})");
+    // A raw condition is SQL text: in parentheses, written here in the program, never taken from outside.
+    filter = Json::Value();
+    filter["vornSqlWhereFilter"] = "(name LIKE '%Island%')";
     Json::Value change = json(R"({"island": true})");
     require(countries.recUpdateByFilter(filter, change) == 0, "updating");
     const unsigned islands = count(countries, R"({"island": true})");
