@@ -109,7 +109,7 @@ void run(const std::string& database, const std::string& input)
     std::string create = kCreate;
     Json::Value definition = json(kDefinition);
     VornJsonDbApi countries(connection.get(), name, definition, create);
-    require(countries.tableCreate() == 0, "creating the table");  // the constructor cannot report that SQLite refused it
+    require(countries.tableCreate() == 0, "creating the table");  // as the constructor cannot report it
     require(countries.recDeleteAll() >= 0, "emptying the table");
 
     createAll(countries, entries);
