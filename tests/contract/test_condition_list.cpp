@@ -77,7 +77,7 @@ TEST_F(ConditionList, MembersAreJoinedInTheOrderOfTheirNames)
     for (const Written& example : cases)
     {
         out = "before";
-        EXPECT_EQ(0, logged({}, [&] { return write(example.param, example.joiner); }));
+        EXPECT_SILENT(0, write(example.param, example.joiner));
         EXPECT_EQ("before" + example.text, out) << example.param;
     }
 }
@@ -97,7 +97,7 @@ TEST_F(ConditionList, ArrayBecomesAListConditionUnderEveryJoiner)
     for (const Written& example : cases)
     {
         out = "before";
-        EXPECT_EQ(0, logged({}, [&] { return write(example.param, example.joiner); }));
+        EXPECT_SILENT(0, write(example.param, example.joiner));
         EXPECT_EQ("before" + example.text, out) << example.param;
     }
 }
@@ -117,7 +117,7 @@ TEST_F(ConditionList, RawConditionStandsBetweenBlanks)
     for (const Written& example : cases)
     {
         out = "before";
-        EXPECT_EQ(0, logged({}, [&] { return write(example.param, example.joiner); }));
+        EXPECT_SILENT(0, write(example.param, example.joiner));
         EXPECT_EQ("before" + example.text, out) << example.param;
     }
 }
@@ -137,13 +137,12 @@ TEST_F(ConditionList, RawConditionStaysRawWhenTheDefinitionDeclaresItsName)
     EXPECT_EQ("before (name='x' and  it's  )", out);
 
     param["vornSqlWhereFilter"] = json(R"(["it's"])");
-    EXPECT_EQ(-1, logged({failed(rawFailure)}, [&] { return declaring->SqlExpandMemberList(param, out, joinAnd); }));
+    EXPECT_LOGS(-1, declaring->SqlExpandMemberList(param, out, joinAnd), failed(rawFailure));
 }
 
 TEST_F(ConditionList, NameOfTheRawConditionIsCaseSensitive)
 {
-    EXPECT_EQ(
-        1, logged({}, [&] { return write(R"({"vornsqlwherefilter": "id > 3", "VornSqlWhereFilter": 5})", joinAnd); }));
+    EXPECT_SILENT(1, write(R"({"vornsqlwherefilter": "id > 3", "VornSqlWhereFilter": 5})", joinAnd));
     EXPECT_EQ("before", out);
 }
 
@@ -161,42 +160,36 @@ TEST_F(ConditionList, NothingToWriteGivesOneAndAppendsNothing)
     {
         for (const int joiner : {joinOr, joinAnd, comma})
         {
-            EXPECT_EQ(1, logged({}, [&] { return write(param, joiner); })) << param;
+            EXPECT_SILENT(1, write(param, joiner)) << param;
         }
     }
     EXPECT_EQ("before", out);
 }
 
-TEST_F(ConditionList, ParameterThatIsNoObjectIsRefusedBeforeTheJoiner)
+LOGGED_TEST_F(ConditionList, ParameterThatIsNoObjectIsRefusedBeforeTheJoiner)
 {
-    forEachLogMode(
-        [&]
-        {
-            for (const char* const param : {"[]", "[1]", R"("name")", "1", "1.5", "true"})
-            {
-                EXPECT_EQ(-1, logged({failed(kindFailure)}, [&] { return write(param, joinAnd); })) << param;
-                EXPECT_EQ(-1, logged({failed(kindFailure)}, [&] { return write(param, 3); })) << param;
-            }
-        });
+    for (const char* const param : {"[]", "[1]", R"("name")", "1", "1.5", "true"})
+    {
+        EXPECT_LOGS(-1, write(param, joinAnd), failed(kindFailure)) << param;
+        EXPECT_LOGS(-1, write(param, 3), failed(kindFailure)) << param;
+    }
+
     EXPECT_EQ("before", out);
 }
 
-TEST_F(ConditionList, UnknownJoinerIsRefusedEvenForAnEmptyObject)
+LOGGED_TEST_F(ConditionList, UnknownJoinerIsRefusedEvenForAnEmptyObject)
 {
-    forEachLogMode(
-        [&]
-        {
-            for (const char* const param : {"{}", "null", R"({"name": "x"})", R"({"vornSqlWhereFilter": 1})"})
-            {
-                EXPECT_EQ(-1, logged({error("error andType=3")}, [&] { return write(param, 3); }));
-                EXPECT_EQ(-1, logged({error("error andType=-1")}, [&] { return write(param, -1); }));
-                EXPECT_EQ(-1, logged({error("error andType=2147483647")}, [&] { return write(param, 2147483647); }));
-            }
-        });
+    for (const char* const param : {"{}", "null", R"({"name": "x"})", R"({"vornSqlWhereFilter": 1})"})
+    {
+        EXPECT_LOGS(-1, write(param, 3), error("error andType=3"));
+        EXPECT_LOGS(-1, write(param, -1), error("error andType=-1"));
+        EXPECT_LOGS(-1, write(param, 2147483647), error("error andType=2147483647"));
+    }
+
     EXPECT_EQ("before", out);
 }
 
-TEST_F(ConditionList, RawConditionThatIsNoStringStopsTheList)
+LOGGED_TEST_F(ConditionList, RawConditionThatIsNoStringStopsTheList)
 {
     struct Row
     {
@@ -213,19 +206,15 @@ TEST_F(ConditionList, RawConditionThatIsNoStringStopsTheList)
         {joinOr, R"({"name": "x", "vornSqlWhereFilter": 1.5})", "before (name='x' or "},
         {comma, R"({"name": "x", "vornSqlWhereFilter": 5})", "beforename='x' , "},
     };
-    forEachLogMode(
-        [&]
-        {
-            for (const Row& row : rows)
-            {
-                out = "before";
-                EXPECT_EQ(-1, logged({failed(rawFailure)}, [&] { return write(row.param, row.joiner); }));
-                EXPECT_EQ(row.leftBehind, out) << row.param;
-            }
-        });
+    for (const Row& row : rows)
+    {
+        out = "before";
+        EXPECT_LOGS(-1, write(row.param, row.joiner), failed(rawFailure));
+        EXPECT_EQ(row.leftBehind, out) << row.param;
+    }
 }
 
-TEST_F(ConditionList, ConditionThatFailsStopsTheListAndLeavesItUnfinished)
+LOGGED_TEST_F(ConditionList, ConditionThatFailsStopsTheListAndLeavesItUnfinished)
 {
     const std::string huge = "\"" + hugeText() + "\"";
     struct Row
@@ -244,17 +233,13 @@ TEST_F(ConditionList, ConditionThatFailsStopsTheListAndLeavesItUnfinished)
         {comma, "{\"age\": 1, \"name\": [\"a\", " + huge + "]}", list, "beforeage=1 , "},
         {comma, "{\"name\": " + huge + "}", match, "before"},
     };
-    forEachLogMode(
-        [&]
-        {
-            for (const Row& row : rows)
-            {
-                out = "before";
-                const NoSqliteMemory littleMemory(smallAllowance);
-                EXPECT_EQ(-1, logged(row.lines, [&] { return write(row.param, row.joiner); }));
-                EXPECT_EQ(row.leftBehind, out);
-            }
-        });
+    for (const Row& row : rows)
+    {
+        out = "before";
+        const NoSqliteMemory littleMemory(smallAllowance);
+        EXPECT_LOGS(-1, write(row.param, row.joiner), row.lines);
+        EXPECT_EQ(row.leftBehind, out);
+    }
 }
 
 TEST_F(ConditionList, ValueThatCannotBeReadRaises)

@@ -121,7 +121,7 @@ TEST_F(Conditions, MatchIsWrittenByTheDeclaredType)
     for (const Rendering& rendering : renderings)
     {
         out = "before ";
-        EXPECT_EQ(0, logged({}, [&] { return match(rendering.column, rendering.value); }));
+        EXPECT_SILENT(0, match(rendering.column, rendering.value));
         EXPECT_EQ("before " + rendering.text, out) << rendering.column << " " << rendering.value;
     }
 }
@@ -154,7 +154,7 @@ TEST_F(Conditions, ListIsWrittenByTheDeclaredTypeWithoutASeparator)
     for (const Rendering& rendering : renderings)
     {
         out = "before ";
-        EXPECT_EQ(0, logged({}, [&] { return list(rendering.column.c_str(), rendering.value); }));
+        EXPECT_SILENT(0, list(rendering.column.c_str(), rendering.value));
         EXPECT_EQ("before " + rendering.text, out) << rendering.column << " " << rendering.value;
     }
 }
@@ -163,7 +163,7 @@ TEST_F(Conditions, EmptyListAppendsNothing)
 {
     for (const char* const column : {"name", "id", "flag", "meta"})
     {
-        EXPECT_EQ(0, logged({}, [&] { return list(column, "[]"); }));
+        EXPECT_SILENT(0, list(column, "[]"));
     }
     EXPECT_EQ("before ", out);
 }
@@ -185,36 +185,29 @@ TEST_F(Conditions, TextInANumericColumnIsRunAsSql)
               store.db().rows("select id from " + store.name() + " where " + out));
 }
 
-TEST_F(Conditions, ColumnThatIsNotDeclaredIsRefused)
+LOGGED_TEST_F(Conditions, ColumnThatIsNotDeclaredIsRefused)
 {
-    forEachLogMode(
-        [&]
-        {
-            EXPECT_EQ(-1, logged({failed("!jType.isMember(strField)")}, [&] { return match("missing", "1"); }));
-            EXPECT_EQ(-1, logged({failed("!jType.isMember(strField)")}, [&] { return match("", "1"); }));
-            EXPECT_EQ(-1, logged({failed("!jType.isMember(strField)")}, [&] { return match("Name", "1"); }));
-            EXPECT_EQ(-1, logged({failed("!jType.isMember(szField)")}, [&] { return list("missing", "[1]"); }));
-        });
+    EXPECT_LOGS(-1, match("missing", "1"), failed("!jType.isMember(strField)"));
+    EXPECT_LOGS(-1, match("", "1"), failed("!jType.isMember(strField)"));
+    EXPECT_LOGS(-1, match("Name", "1"), failed("!jType.isMember(strField)"));
+    EXPECT_LOGS(-1, list("missing", "[1]"), failed("!jType.isMember(szField)"));
+
     EXPECT_EQ("before ", out);
 }
 
-TEST_F(Conditions, ListChecksItsNameThenTheColumnThenTheKindOfList)
+LOGGED_TEST_F(Conditions, ListChecksItsNameThenTheColumnThenTheKindOfList)
 {
-    forEachLogMode(
-        [&]
-        {
-            for (const char* const nothing : {static_cast<const char*>(nullptr), ""})
-            {
-                EXPECT_EQ(-1, logged({failed("!szField || !szField[0]")}, [&] { return list(nothing, "{}"); }));
-                EXPECT_EQ(-1, logged({failed("!szField || !szField[0]")}, [&] { return list(nothing, "[1]"); }));
-            }
-            EXPECT_EQ(-1, logged({failed("!jType.isMember(szField)")}, [&] { return list("missing", "{}"); }));
-            for (const char* const noArray : {"{}", "null", "1", R"("x")", "true", "1.5"})
-            {
-                EXPECT_EQ(-1,
-                          logged({failed("jList.type() != Json::arrayValue")}, [&] { return list("name", noArray); }));
-            }
-        });
+    for (const char* const nothing : {static_cast<const char*>(nullptr), ""})
+    {
+        EXPECT_LOGS(-1, list(nothing, "{}"), failed("!szField || !szField[0]"));
+        EXPECT_LOGS(-1, list(nothing, "[1]"), failed("!szField || !szField[0]"));
+    }
+    EXPECT_LOGS(-1, list("missing", "{}"), failed("!jType.isMember(szField)"));
+    for (const char* const noArray : {"{}", "null", "1", R"("x")", "true", "1.5"})
+    {
+        EXPECT_LOGS(-1, list("name", noArray), failed("jList.type() != Json::arrayValue"));
+    }
+
     EXPECT_EQ("before ", out);
 }
 
@@ -229,8 +222,7 @@ TEST_F(Conditions, TypesAreLookedUpBeforeAnyCheck)
     const ExpectedLines lookUp = {inUtil(failed("!jTableDef[strJsonName].isMember(\"member\")")),
                                   inUtil(trace("strJsonName=" + name)),
                                   inUtil(trace("jTableDef={\"" + name + "\":{}}")), inUtil(trace("jType=<any>"))};
-    EXPECT_EQ(-1, logged(lookUp + ExpectedLines{failed("!szField || !szField[0]")},
-                         [&] { return api.SqlMakeByListField(nullptr, items, out); }));
+    EXPECT_LOGS(-1, api.SqlMakeByListField(nullptr, items, out), lookUp, failed("!szField || !szField[0]"));
     EXPECT_EQ("before ", out);
 }
 
@@ -252,7 +244,7 @@ TEST_F(Conditions, ValueThatCannotBeReadRaisesAndAppendsNothing)
     EXPECT_EQ("before ", out);
 }
 
-TEST_F(Conditions, WithoutMemoryAMatchFailsWithTheLineOfItsKind)
+LOGGED_TEST_F(Conditions, WithoutMemoryAMatchFailsWithTheLineOfItsKind)
 {
     struct Row
     {
@@ -271,19 +263,16 @@ TEST_F(Conditions, WithoutMemoryAMatchFailsWithTheLineOfItsKind)
         {"any", "1", asJson},
         {"flag", "true", R"(NULL == (szSql = sqlite3_mprintf("%d", jParam.asInt())))"},
     };
-    forEachLogMode(
-        [&]
-        {
-            for (const Row& row : rows)
-            {
-                const NoSqliteMemory noMemory;
-                EXPECT_EQ(-1, logged({failed(row.condition)}, [&] { return match(row.column, row.value); }));
-            }
-        });
+    for (const Row& row : rows)
+    {
+        const NoSqliteMemory noMemory;
+        EXPECT_LOGS(-1, match(row.column, row.value), failed(row.condition));
+    }
+
     EXPECT_EQ("before ", out);
 }
 
-TEST_F(Conditions, WithoutMemoryAListFailsWithTheLineOfItsKind)
+LOGGED_TEST_F(Conditions, WithoutMemoryAListFailsWithTheLineOfItsKind)
 {
     struct Row
     {
@@ -297,22 +286,17 @@ TEST_F(Conditions, WithoutMemoryAListFailsWithTheLineOfItsKind)
         {"name", R"("x")", asText}, {"id", "1", asText},    {"flag", "true", asText}, {"odd", "1", asText},
         {"meta", "{}", asJson},     {"tags", "[]", asJson}, {"any", "1", asJson},
     };
-    forEachLogMode(
-        [&]
+    for (const Row& row : rows)
+    {
         {
-            for (const Row& row : rows)
-            {
-                {
-                    const NoSqliteMemory noMemory;
-                    EXPECT_EQ(-1,
-                              logged({failed(row.condition)}, [&] { return list(row.column, "[" + row.item + "]"); }));
-                }
-                // The first item is written, the second is too long: still nothing is appended.
-                const NoSqliteMemory littleMemory(smallAllowance);
-                EXPECT_EQ(-1, logged({failed(row.condition)},
-                                     [&] { return list(row.column, "[" + row.item + ",\"" + hugeText() + "\"]"); }));
-            }
-        });
+            const NoSqliteMemory noMemory;
+            EXPECT_LOGS(-1, list(row.column, "[" + row.item + "]"), failed(row.condition));
+        }
+        // The first item is written, the second is too long: still nothing is appended.
+        const NoSqliteMemory littleMemory(smallAllowance);
+        EXPECT_LOGS(-1, list(row.column, "[" + row.item + ",\"" + hugeText() + "\"]"), failed(row.condition));
+    }
+
     EXPECT_EQ("before ", out);
 }
 

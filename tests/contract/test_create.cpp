@@ -55,17 +55,13 @@ ExpectedLines duplicateLines(Store& store, const std::string& columnsAndValues, 
 
 }  // namespace
 
-TEST(Create, TheStoredRowComesBackWithDefaults)
+LOGGED_TEST(Create, TheStoredRowComesBackWithDefaults)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(tasks, taskColumns);
-            EXPECT_EQ(json(R"({"done": false, "id": 7, "name": "unnamed"})"), created(store, json(R"({"id": 7})")));
-            EXPECT_EQ(json(R"({"done": true, "id": 8, "name": "x"})"),
-                      created(store, json(R"({"name": "x", "id": 8, "done": true})")));
-            EXPECT_EQ((std::vector<std::string>{"0|7|unnamed", "1|8|x"}), store.rows());
-        });
+    Store store(tasks, taskColumns);
+    EXPECT_EQ(json(R"({"done": false, "id": 7, "name": "unnamed"})"), created(store, json(R"({"id": 7})")));
+    EXPECT_EQ(json(R"({"done": true, "id": 8, "name": "x"})"),
+              created(store, json(R"({"name": "x", "id": 8, "done": true})")));
+    EXPECT_EQ((std::vector<std::string>{"0|7|unnamed", "1|8|x"}), store.rows());
 }
 
 TEST(Create, MembersLeftOutHoldWhatSqlitePutThere)
@@ -79,15 +75,11 @@ TEST(Create, MembersLeftOutHoldWhatSqlitePutThere)
     EXPECT_EQ(json(R"({"a": 5, "c": 1})"), created(other, json(R"({"c": 1})")));
 }
 
-TEST(Create, UndeclaredMembersAreNotWritten)
+LOGGED_TEST(Create, UndeclaredMembersAreNotWritten)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(tasks, taskColumns);
-            EXPECT_EQ(json(R"({"done": false, "id": 7, "name": "unnamed"})"),
-                      created(store, json(R"({"id": 7, "extra": [1, {"x": null}], "ID": "7"})")));
-        });
+    Store store(tasks, taskColumns);
+    EXPECT_EQ(json(R"({"done": false, "id": 7, "name": "unnamed"})"),
+              created(store, json(R"({"id": 7, "extra": [1, {"x": null}], "ID": "7"})")));
 }
 
 TEST(Create, TheOutputIsReplacedWhole)
@@ -101,7 +93,7 @@ TEST(Create, TheOutputIsReplacedWhole)
         EXPECT_EQ("n", stored["name"].asString());
     }
     Json::Value both = json(R"({"id": 100})");
-    EXPECT_EQ(0, logged({}, [&] { return store->recCreate(both, both); }));
+    EXPECT_SILENT(0, store->recCreate(both, both));
     EXPECT_EQ(json(R"({"done": false, "id": 100, "name": "unnamed"})"), both);
 }
 
@@ -115,31 +107,26 @@ TEST(Create, OneTextInsertsAndReadsBack)
               statements.statements());
 }
 
-TEST(Create, ADuplicateKeyIsTold)
+LOGGED_TEST(Create, ADuplicateKeyIsTold)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(tasks, taskColumns);
-            Json::Value stored = created(store, json(R"({"id": 7, "name": "first"})"));
-            EXPECT_EQ("", store->getErrMsg());
+    Store store(tasks, taskColumns);
+    Json::Value stored = created(store, json(R"({"id": 7, "name": "first"})"));
+    EXPECT_EQ("", store->getErrMsg());
 
-            const Json::Value before = stored;
-            EXPECT_EQ(-1, create(store, json(R"({"id": 7, "name": "it's"})"), stored,
-                                 duplicateLines(store, "(done,id,name) VALUES (0,7,'it''s')",
-                                                R"({"done":false,"id":7,"name":"it's"})")));
-            EXPECT_EQ("DUPLICATE_PRIMARY_KEY", store->getErrMsg());
-            EXPECT_EQ(before, stored);
-            EXPECT_EQ(std::vector<std::string>{"0|7|first"}, store.rows());
+    const Json::Value before = stored;
+    EXPECT_EQ(-1, create(store, json(R"({"id": 7, "name": "it's"})"), stored,
+                         duplicateLines(store, "(done,id,name) VALUES (0,7,'it''s')",
+                                        R"({"done":false,"id":7,"name":"it's"})")));
+    EXPECT_EQ("DUPLICATE_PRIMARY_KEY", store->getErrMsg());
+    EXPECT_EQ(before, stored);
+    EXPECT_EQ(std::vector<std::string>{"0|7|first"}, store.rows());
 
-            // The message stays, after a success and after a failure of another kind.
-            created(store, json(R"({"id": 8})"));
-            EXPECT_EQ("DUPLICATE_PRIMARY_KEY", store->getErrMsg());
-            store->setErrMsg("mine");
-            EXPECT_EQ(-1,
-                      create(store, json("{}"), stored, {failed("jRecIn.empty()"), trace("call create rec, rec={}")}));
-            EXPECT_EQ("mine", store->getErrMsg());
-        });
+    // The message stays, after a success and after a failure of another kind.
+    created(store, json(R"({"id": 8})"));
+    EXPECT_EQ("DUPLICATE_PRIMARY_KEY", store->getErrMsg());
+    store->setErrMsg("mine");
+    EXPECT_EQ(-1, create(store, json("{}"), stored, {failed("jRecIn.empty()"), trace("call create rec, rec={}")}));
+    EXPECT_EQ("mine", store->getErrMsg());
 }
 
 TEST(Create, AnyUniqueConstraintCountsAsADuplicateAndOthersDoNot)
@@ -157,59 +144,51 @@ TEST(Create, AnyUniqueConstraintCountsAsADuplicateAndOthersDoNot)
 }
 
 // The search looks at the text of the object's last statement, also when this call ran none.
-TEST(Create, AFailureBeforeAnyStatementReusesTheLastStatementsText)
+LOGGED_TEST(Create, AFailureBeforeAnyStatementReusesTheLastStatementsText)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(tasks, taskColumns);
-            Json::Value stored;
-            created(store, json(R"({"id": 7})"));
-            EXPECT_EQ(-1, create(store, json(R"({"id": 7})"), stored,
-                                 duplicateLines(store, "(done,id,name) VALUES (0,7,'unnamed')",
-                                                R"({"done":false,"id":7,"name":"unnamed"})")));
-            const struct
-            {
-                const char* record;
-                ExpectedLines lines;
-            } failures[] = {
-                {"{}", {failed("jRecIn.empty()"), trace("call create rec, rec={}")}},
-                {R"({"id": "7"})",
-                 {error(R"(type failed, strKey=id, jRecParam={"done":false,"id":"7","name":"unnamed"})"),
-                  failed("0 > checkJsonType(jParam)"),
-                  trace(R"(call create rec, rec={"done":false,"id":"7","name":"unnamed"})")}},
-            };
-            for (const auto& each : failures)
-            {
-                store->setErrMsg("");
-                EXPECT_EQ(-1, create(store, json(each.record), stored, each.lines));
-                EXPECT_EQ("DUPLICATE_PRIMARY_KEY", store->getErrMsg());
-            }
-            created(store, json(R"({"id": 8})"));
-            store->setErrMsg("");
-            EXPECT_EQ(-1, create(store, json("{}"), stored, failures[0].lines));
-            EXPECT_EQ("", store->getErrMsg());
-            EXPECT_TRUE(stored.isNull());
-        });
+    Store store(tasks, taskColumns);
+    Json::Value stored;
+    created(store, json(R"({"id": 7})"));
+    EXPECT_EQ(-1, create(store, json(R"({"id": 7})"), stored,
+                         duplicateLines(store, "(done,id,name) VALUES (0,7,'unnamed')",
+                                        R"({"done":false,"id":7,"name":"unnamed"})")));
+    const struct
+    {
+        const char* record;
+        ExpectedLines lines;
+    } failures[] = {
+        {"{}", {failed("jRecIn.empty()"), trace("call create rec, rec={}")}},
+        {R"({"id": "7"})",
+         {error(R"(type failed, strKey=id, jRecParam={"done":false,"id":"7","name":"unnamed"})"),
+          failed("0 > checkJsonType(jParam)"),
+          trace(R"(call create rec, rec={"done":false,"id":"7","name":"unnamed"})")}},
+    };
+    for (const auto& each : failures)
+    {
+        store->setErrMsg("");
+        EXPECT_EQ(-1, create(store, json(each.record), stored, each.lines));
+        EXPECT_EQ("DUPLICATE_PRIMARY_KEY", store->getErrMsg());
+    }
+    created(store, json(R"({"id": 8})"));
+    store->setErrMsg("");
+    EXPECT_EQ(-1, create(store, json("{}"), stored, failures[0].lines));
+    EXPECT_EQ("", store->getErrMsg());
+    EXPECT_TRUE(stored.isNull());
 }
 
-TEST(Create, AnEmptyRecordIsRefusedWithoutAStatement)
+LOGGED_TEST(Create, AnEmptyRecordIsRefusedWithoutAStatement)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(tasks, taskColumns);
-            const StatementLog statements(store.db());
-            for (const char* const text : {"null", "{}", "[]"})
-            {
-                Json::Value stored("before");
-                EXPECT_EQ(-1, create(store, json(text), stored,
-                                     {failed("jRecIn.empty()"), trace(std::string("call create rec, rec=") + text)}));
-                EXPECT_EQ("before", stored.asString());
-            }
-            EXPECT_TRUE(statements.statements().empty());
-            EXPECT_EQ("", store->getErrMsg());
-        });
+    Store store(tasks, taskColumns);
+    const StatementLog statements(store.db());
+    for (const char* const text : {"null", "{}", "[]"})
+    {
+        Json::Value stored("before");
+        EXPECT_EQ(-1, create(store, json(text), stored,
+                             {failed("jRecIn.empty()"), trace(std::string("call create rec, rec=") + text)}));
+        EXPECT_EQ("before", stored.asString());
+    }
+    EXPECT_TRUE(statements.statements().empty());
+    EXPECT_EQ("", store->getErrMsg());
 }
 
 TEST(Create, ARecordOfAWrongKindThrowsAsTheJsonLibraryDoes)
@@ -225,37 +204,27 @@ TEST(Create, ARecordOfAWrongKindThrowsAsTheJsonLibraryDoes)
     EXPECT_TRUE(store.rows().empty());
 }
 
-TEST(Create, AValueOfAWrongKindIsRefusedWithoutAStatement)
+LOGGED_TEST(Create, AValueOfAWrongKindIsRefusedWithoutAStatement)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(tasks, taskColumns);
-            const StatementLog statements(store.db());
-            Json::Value stored("before");
-            EXPECT_EQ(-1,
-                      create(store, json(R"({"id": 7, "name": 5, "x": "é"})"), stored,
-                             {error(R"(type failed, strKey=name, jRecParam={"done":false,"id":7,"name":5,"x":"é"})"),
-                              failed("0 > checkJsonType(jParam)"),
-                              trace(R"(call create rec, rec={"done":false,"id":7,"name":5,"x":"é"})")}));
-            EXPECT_EQ("before", stored.asString());
-            EXPECT_TRUE(statements.statements().empty());
-        });
+    Store store(tasks, taskColumns);
+    const StatementLog statements(store.db());
+    Json::Value stored("before");
+    EXPECT_EQ(-1, create(store, json(R"({"id": 7, "name": 5, "x": "é"})"), stored,
+                         {error(R"(type failed, strKey=name, jRecParam={"done":false,"id":7,"name":5,"x":"é"})"),
+                          failed("0 > checkJsonType(jParam)"),
+                          trace(R"(call create rec, rec={"done":false,"id":7,"name":5,"x":"é"})")}));
+    EXPECT_EQ("before", stored.asString());
+    EXPECT_TRUE(statements.statements().empty());
 }
 
-TEST(Create, ADefaultOfAWrongKindIsRefused)
+LOGGED_TEST(Create, ADefaultOfAWrongKindIsRefused)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(R"({"a": {"cpptype": "int", "cppDefaultValue": "5"}, "b": {"cpptype": "int"}})");
-            Json::Value stored;
-            EXPECT_EQ(-1,
-                      create(store, json(R"({"b": 1})"), stored,
-                             {error(R"(type failed, strKey=a, jRecParam={"a":"5","b":1})"),
-                              failed("0 > checkJsonType(jParam)"), trace(R"(call create rec, rec={"a":"5","b":1})")}));
-            EXPECT_TRUE(store.rows().empty());
-        });
+    Store store(R"({"a": {"cpptype": "int", "cppDefaultValue": "5"}, "b": {"cpptype": "int"}})");
+    Json::Value stored;
+    EXPECT_EQ(-1, create(store, json(R"({"b": 1})"), stored,
+                         {error(R"(type failed, strKey=a, jRecParam={"a":"5","b":1})"),
+                          failed("0 > checkJsonType(jParam)"), trace(R"(call create rec, rec={"a":"5","b":1})")}));
+    EXPECT_TRUE(store.rows().empty());
 }
 
 TEST(Create, MembersOfTypesThatTheCheckDoesNotKnowCannotBeCreated)
@@ -273,51 +242,42 @@ TEST(Create, MembersOfTypesThatTheCheckDoesNotKnowCannotBeCreated)
 }
 
 // These two pass the check and are then refused by the value list.
-TEST(Create, UserIdsAndTimesPassTheCheckButCannotBeWritten)
+LOGGED_TEST(Create, UserIdsAndTimesPassTheCheckButCannotBeWritten)
 {
-    forEachLogMode(
-        []
-        {
-            for (const std::string type : {"uid_t", "time_t"})
-            {
-                Store store(R"({"a": {"cpptype": ")" + type + R"("}, "b": {"cpptype": "int"}})");
-                Json::Value stored;
-                EXPECT_EQ(
-                    -1, create(store, json(R"({"a": 1, "b": 2})"), stored,
-                               {error("cannot support this type=" + type),
-                                failed("0 > SqlExpandMemberSymbol(strSql, jRecInOut)"),
-                                trace(R"(blCreate=1, jRecInOut={"a":1,"b":2})"),
-                                trace(R"(jType={"a":{"cpptype":")" + type + R"("},"b":{"cpptype":"int"}})"),
-                                failed("0 > recSave(jParam, true)"), trace(R"(call create rec, rec={"a":1,"b":2})")}));
-                EXPECT_TRUE(store.rows().empty());
-            }
-        });
+    for (const std::string type : {"uid_t", "time_t"})
+    {
+        Store store(R"({"a": {"cpptype": ")" + type + R"("}, "b": {"cpptype": "int"}})");
+        Json::Value stored;
+        EXPECT_EQ(-1, create(store, json(R"({"a": 1, "b": 2})"), stored,
+                             {error("cannot support this type=" + type),
+                              failed("0 > SqlExpandMemberSymbol(strSql, jRecInOut)"),
+                              trace(R"(blCreate=1, jRecInOut={"a":1,"b":2})"),
+                              trace(R"(jType={"a":{"cpptype":")" + type + R"("},"b":{"cpptype":"int"}})"),
+                              failed("0 > recSave(jParam, true)"), trace(R"(call create rec, rec={"a":1,"b":2})")}));
+        EXPECT_TRUE(store.rows().empty());
+    }
 }
 
-TEST(Create, WithoutTheDefinitionsLastMemberSqliteRejectsTheText)
+LOGGED_TEST(Create, WithoutTheDefinitionsLastMemberSqliteRejectsTheText)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(R"({"a": {"cpptype": "int"}, "b": {"cpptype": "int"}})");
-            const std::string sql = "INSERT INTO " + store.name() + " (a,) VALUES (1,;select * from " + store.name() +
-                                    " where rowid == last_insert_rowid();";
-            const std::string text = "near \")\": syntax error";
-            Json::Value stored;
-            EXPECT_EQ(-1, create(store, json(R"({"a": 1})"), stored,
-                                 {trace("i=0,errno=<number>, run sql failed, error=" + text + ", sql=" + sql),
-                                  debug("run sql fail, err=" + text),
-                                  failed("0 > runSqlEx(strSql, DbCallBackFillList, &jArrayTmp)"),
-                                  trace(R"(blCreate=1, jRecInOut={"a":1})"),
-                                  trace(R"(jType={"a":{"cpptype":"int"},"b":{"cpptype":"int"}})"),
-                                  trace("sql error, err=" + text + ", sql=" + sql), failed("0 > recSave(jParam, true)"),
-                                  trace(R"(call create rec, rec={"a":1})")}));
-            EXPECT_TRUE(store.rows().empty());
-            EXPECT_EQ("", store->getErrMsg());
+    Store store(R"({"a": {"cpptype": "int"}, "b": {"cpptype": "int"}})");
+    const std::string sql = "INSERT INTO " + store.name() + " (a,) VALUES (1,;select * from " + store.name() +
+                            " where rowid == last_insert_rowid();";
+    const std::string text = "near \")\": syntax error";
+    Json::Value stored;
+    EXPECT_EQ(
+        -1, create(store, json(R"({"a": 1})"), stored,
+                   {trace("i=0,errno=<number>, run sql failed, error=" + text + ", sql=" + sql),
+                    debug("run sql fail, err=" + text), failed("0 > runSqlEx(strSql, DbCallBackFillList, &jArrayTmp)"),
+                    trace(R"(blCreate=1, jRecInOut={"a":1})"),
+                    trace(R"(jType={"a":{"cpptype":"int"},"b":{"cpptype":"int"}})"),
+                    trace("sql error, err=" + text + ", sql=" + sql), failed("0 > recSave(jParam, true)"),
+                    trace(R"(call create rec, rec={"a":1})")}));
+    EXPECT_TRUE(store.rows().empty());
+    EXPECT_EQ("", store->getErrMsg());
 
-            Store withDefault(R"({"a": {"cpptype": "int"}, "b": {"cpptype": "int", "cppDefaultValue": 0}})");
-            EXPECT_EQ(json(R"({"a": 1, "b": 0})"), created(withDefault, json(R"({"a": 1})")));
-        });
+    Store withDefault(R"({"a": {"cpptype": "int"}, "b": {"cpptype": "int", "cppDefaultValue": 0}})");
+    EXPECT_EQ(json(R"({"a": 1, "b": 0})"), created(withDefault, json(R"({"a": 1})")));
 }
 
 TEST(Create, HostileStringsComeBackAsTheyWere)
@@ -392,31 +352,26 @@ TEST(Create, AnUnsignedNumberThatDoesNotFitThrowsAndStoresNothing)
     EXPECT_TRUE(store.rows().empty());
 }
 
-TEST(Create, ANullConnectionFails)
+LOGGED_TEST(Create, ANullConnectionFails)
 {
-    forEachLogMode(
-        []
-        {
-            std::string name = freshTable();
-            Json::Value definition = definitionOf(name, json(R"({"a": {"cpptype": "int"}})"));
-            std::string statement = "CREATE TABLE " + name + " (a)";
-            std::unique_ptr<VornJsonDbApi> api;
-            LogCapture ignored;
-            api = std::make_unique<VornJsonDbApi>(nullptr, name, definition, statement);
-            ignored.stop();
+    std::string name = freshTable();
+    Json::Value definition = definitionOf(name, json(R"({"a": {"cpptype": "int"}})"));
+    std::string statement = "CREATE TABLE " + name + " (a)";
+    std::unique_ptr<VornJsonDbApi> api;
+    LogCapture ignored;
+    api = std::make_unique<VornJsonDbApi>(nullptr, name, definition, statement);
+    ignored.stop();
 
-            const std::string sql = "INSERT INTO " + name + " (a) VALUES (1) ;select * from " + name +
-                                    " where rowid == last_insert_rowid();";
-            Json::Value record = json(R"({"a": 1})");
-            Json::Value stored("before");
-            EXPECT_EQ(-1, logged({trace("i=0,errno=<number>, run sql failed, error=Unknow Error!!, sql=" + sql),
-                                  debug("run sql fail, err=(null)"),
-                                  failed("0 > runSqlEx(strSql, DbCallBackFillList, &jArrayTmp)"),
-                                  trace(R"(blCreate=1, jRecInOut={"a":1})"), trace(R"(jType={"a":{"cpptype":"int"}})"),
-                                  trace("sql error, err=Unknow Error!!, sql=" + sql),
-                                  failed("0 > recSave(jParam, true)"), trace(R"(call create rec, rec={"a":1})")},
-                                 [&] { return api->recCreate(record, stored); }));
-            EXPECT_EQ("before", stored.asString());
-            EXPECT_EQ("", api->getErrMsg());
-        });
+    const std::string sql =
+        "INSERT INTO " + name + " (a) VALUES (1) ;select * from " + name + " where rowid == last_insert_rowid();";
+    Json::Value record = json(R"({"a": 1})");
+    Json::Value stored("before");
+    EXPECT_LOGS(-1, api->recCreate(record, stored),
+                trace("i=0,errno=<number>, run sql failed, error=Unknow Error!!, sql=" + sql),
+                debug("run sql fail, err=(null)"), failed("0 > runSqlEx(strSql, DbCallBackFillList, &jArrayTmp)"),
+                trace(R"(blCreate=1, jRecInOut={"a":1})"), trace(R"(jType={"a":{"cpptype":"int"}})"),
+                trace("sql error, err=Unknow Error!!, sql=" + sql), failed("0 > recSave(jParam, true)"),
+                trace(R"(call create rec, rec={"a":1})"));
+    EXPECT_EQ("before", stored.asString());
+    EXPECT_EQ("", api->getErrMsg());
 }

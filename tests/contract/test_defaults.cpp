@@ -21,7 +21,7 @@ int fill(Store& store, Json::Value& record, bool requireAll = false, const Expec
 
 }  // namespace
 
-TEST(Defaults, OnlyMissingMembersWithADefaultAreFilled)
+LOGGED_TEST(Defaults, OnlyMissingMembersWithADefaultAreFilled)
 {
     struct Case
     {
@@ -38,18 +38,14 @@ TEST(Defaults, OnlyMissingMembersWithADefaultAreFilled)
         {R"({"A": 1})", R"({"A": 1, "a": 5})"},
         {"null", R"({"a": 5})"},
     };
-    forEachLogMode(
-        [&]
-        {
-            Store store(members);
-            for (const Case& each : cases)
-            {
-                SCOPED_TRACE(each.before);
-                Json::Value record = json(each.before);
-                EXPECT_EQ(0, fill(store, record));
-                EXPECT_EQ(json(each.after), record);
-            }
-        });
+    Store store(members);
+    for (const Case& each : cases)
+    {
+        SCOPED_TRACE(each.before);
+        Json::Value record = json(each.before);
+        EXPECT_EQ(0, fill(store, record));
+        EXPECT_EQ(json(each.after), record);
+    }
 }
 
 TEST(Defaults, ADefaultIsCopiedAsItStandsWhateverTheType)
@@ -82,7 +78,7 @@ TEST(Defaults, AFilledDefaultIsACopy)
     EXPECT_EQ(json(R"({"m": [1]})"), second);
 }
 
-TEST(Defaults, RequiringAllReportsTheFirstMissingMember)
+LOGGED_TEST(Defaults, RequiringAllReportsTheFirstMissingMember)
 {
     struct Case
     {
@@ -97,65 +93,49 @@ TEST(Defaults, RequiringAllReportsTheFirstMissingMember)
         {R"({"a": 1})", "b", R"({"a":1})"},
         {R"({"a": null, "c": "O'Neil é 100%s"})", "b", R"({"a":null,"c":"O'Neil é 100%s"})"},
     };
-    forEachLogMode(
-        [&]
-        {
-            Store store(members);
-            for (const Case& each : cases)
-            {
-                SCOPED_TRACE(each.record);
-                Json::Value record = json(each.record);
-                EXPECT_EQ(-1, fill(store, record, true,
-                                   {error(std::string("lost data member=") + each.missing),
-                                    debug(std::string("jParam=") + each.text)}));
-                EXPECT_EQ(json(each.record), record);
-            }
-        });
+    Store store(members);
+    for (const Case& each : cases)
+    {
+        SCOPED_TRACE(each.record);
+        Json::Value record = json(each.record);
+        EXPECT_EQ(-1, fill(store, record, true,
+                           {error(std::string("lost data member=") + each.missing),
+                            debug(std::string("jParam=") + each.text)}));
+        EXPECT_EQ(json(each.record), record);
+    }
 }
 
-TEST(Defaults, RequiringAllPassesAndFillsNothingWhenNothingIsMissing)
+LOGGED_TEST(Defaults, RequiringAllPassesAndFillsNothingWhenNothingIsMissing)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(members);
-            for (const char* const text : {R"({"a": 1, "b": 2})", R"({"a": null, "b": null, "other": 3})"})
-            {
-                Json::Value record = json(text);
-                EXPECT_EQ(0, fill(store, record, true));
-                EXPECT_EQ(json(text), record);
-            }
-        });
+    Store store(members);
+    for (const char* const text : {R"({"a": 1, "b": 2})", R"({"a": null, "b": null, "other": 3})"})
+    {
+        Json::Value record = json(text);
+        EXPECT_EQ(0, fill(store, record, true));
+        EXPECT_EQ(json(text), record);
+    }
 }
 
 // Such a definition makes the lookup fail, and the operation finds no members to visit.
-TEST(Defaults, ADefinitionWithoutMembersChangesNothing)
+LOGGED_TEST(Defaults, ADefinitionWithoutMembersChangesNothing)
 {
-    forEachLogMode(
-        []
-        {
-            for (const bool requireAll : {false, true})
-            {
-                const Database database;
-                std::string name = freshTable();
-                Json::Value definition = definitionOf(name, Json::Value(Json::objectValue));
-                std::string create = "CREATE TABLE " + name + " (a)";
-                VornJsonDbApi api(database.handle(), name, definition, create);
-                const ExpectedLines details = {inUtil(trace("strJsonName=" + name)),
-                                               inUtil(trace("jTableDef={\"" + name + "\":{\"member\":{}}}")),
-                                               inUtil(trace("jType=<any>"))};
-                Json::Value record = json(R"({"x": 1})");
-                EXPECT_EQ(
-                    0,
-                    logged(ExpectedLines{inUtil(failed("jType == Json::nullValue || !jType.isMember(strJsonName)"))} +
-                               details,
-                           [&] { return api.fillDefaultValue(record, requireAll); }));
-                EXPECT_EQ(
-                    0, logged(ExpectedLines{inUtil(failed("jType[strJsonName].type() != Json::objectValue"))} + details,
-                              [&] { return api.fillDefaultValue(record, requireAll); }));
-                EXPECT_EQ(json(R"({"x": 1})"), record);
-            }
-        });
+    for (const bool requireAll : {false, true})
+    {
+        const Database database;
+        std::string name = freshTable();
+        Json::Value definition = definitionOf(name, Json::Value(Json::objectValue));
+        std::string create = "CREATE TABLE " + name + " (a)";
+        VornJsonDbApi api(database.handle(), name, definition, create);
+        const ExpectedLines details = {inUtil(trace("strJsonName=" + name)),
+                                       inUtil(trace("jTableDef={\"" + name + "\":{\"member\":{}}}")),
+                                       inUtil(trace("jType=<any>"))};
+        Json::Value record = json(R"({"x": 1})");
+        EXPECT_LOGS(0, api.fillDefaultValue(record, requireAll),
+                    inUtil(failed("jType == Json::nullValue || !jType.isMember(strJsonName)")), details);
+        EXPECT_LOGS(0, api.fillDefaultValue(record, requireAll),
+                    inUtil(failed("jType[strJsonName].type() != Json::objectValue")), details);
+        EXPECT_EQ(json(R"({"x": 1})"), record);
+    }
 }
 
 TEST(Defaults, ARecordOfAWrongKindThrowsAsTheJsonLibraryDoes)

@@ -98,18 +98,14 @@ TEST_F(Delete, ConditionMayHoldSeveralMembersAndRawText)
 
 TEST_F(Delete, NoMatchIsZeroAndNoFailure)
 {
-    EXPECT_EQ(0, logged({debug("delete rec number=0")}, [&] { return remove(R"({"name": "none"})"); }));
+    EXPECT_LOGS(0, remove(R"({"name": "none"})"), debug("delete rec number=0"));
     EXPECT_EQ(5u, ids().size());
 }
 
-TEST_F(Delete, CountIsLoggedForDebugging)
+LOGGED_TEST_F(Delete, CountIsLoggedForDebugging)
 {
-    forEachLogMode(
-        [&]
-        {
-            store.db().run("insert into " + store.name() + " values (7, 'x'), (7, 'y')");
-            EXPECT_EQ(2, logged({debug("delete rec number=2")}, [&] { return remove(R"({"id": 7})"); }));
-        });
+    store.db().run("insert into " + store.name() + " values (7, 'x'), (7, 'y')");
+    EXPECT_LOGS(2, remove(R"({"id": 7})"), debug("delete rec number=2"));
 }
 
 TEST_F(Delete, WithoutAConditionNothingGoesUnlessAllowed)
@@ -120,16 +116,16 @@ TEST_F(Delete, WithoutAConditionNothingGoesUnlessAllowed)
             for (const char* const param : {"{}", R"({"limit": 1, "Name": "a"})"})
             {
                 const StatementLog log(store.db());
-                EXPECT_EQ(-1, logged({failed("strSql.empty()")}, [&] { return remove(param); }));
+                EXPECT_LOGS(-1, remove(param), failed("strSql.empty()"));
                 Json::Value value = json(param);
-                EXPECT_EQ(-1, logged({failed("strSql.empty()")}, [&] { return store->recDelete(value); }));
+                EXPECT_LOGS(-1, store->recDelete(value), failed("strSql.empty()"));
                 EXPECT_TRUE(log.statements().empty());
             }
         });
     EXPECT_EQ(5u, ids().size());
 
     const StatementLog log(store.db());
-    EXPECT_EQ(5, logged({debug("delete rec number=5")}, [&] { return remove("{}", true); }));
+    EXPECT_LOGS(5, remove("{}", true), debug("delete rec number=5"));
     EXPECT_EQ((Rows{prefix + ";"}), log.statements());
     EXPECT_TRUE(ids().empty());
     EXPECT_EQ(0, remove(R"({"undeclared": 1})", true));
@@ -144,55 +140,42 @@ TEST_F(Delete, PermissionForAllMattersOnlyWithoutACondition)
 TEST_F(Delete, AllRunsTheStatementWithoutACondition)
 {
     const StatementLog log(store.db());
-    EXPECT_EQ(5, logged({debug("delete rec number=5")}, [&] { return store->recDeleteAll(); }));
+    EXPECT_LOGS(5, store->recDeleteAll(), debug("delete rec number=5"));
     EXPECT_EQ((Rows{prefix + ";"}), log.statements());
     EXPECT_EQ(0, store->recDeleteAll());
 }
 
-TEST_F(Delete, ParameterThatIsNoObjectIsRefusedEvenWhenAllMayGo)
+LOGGED_TEST_F(Delete, ParameterThatIsNoObjectIsRefusedEvenWhenAllMayGo)
 {
-    forEachLogMode(
-        [&]
+    for (const char* const param : {"null", "[]", "1", R"("name")", "true"})
+    {
+        for (const bool allowAll : {false, true})
         {
-            for (const char* const param : {"null", "[]", "1", R"("name")", "true"})
-            {
-                for (const bool allowAll : {false, true})
-                {
-                    EXPECT_EQ(-1, logged({failed("jRecParam.type() != Json::objectValue")},
-                                         [&] { return remove(param, allowAll); }));
-                }
-            }
-        });
+            EXPECT_LOGS(-1, remove(param, allowAll), failed("jRecParam.type() != Json::objectValue"));
+        }
+    }
+
     EXPECT_EQ(5u, ids().size());
 }
 
-TEST_F(Delete, ConditionThatFailsIsReportedWithItsOwnLine)
+LOGGED_TEST_F(Delete, ConditionThatFailsIsReportedWithItsOwnLine)
 {
-    forEachLogMode(
-        [&]
-        {
-            for (const bool allowAll : {false, true})
-            {
-                EXPECT_EQ(-1, logged({failed("!jRecParam[jmFieldName[i]].isString()"), failed(builderFails)},
-                                     [&] { return remove(R"({"vornSqlWhereFilter": 1})", allowAll); }));
-            }
-        });
+    for (const bool allowAll : {false, true})
+    {
+        EXPECT_LOGS(-1, remove(R"({"vornSqlWhereFilter": 1})", allowAll),
+                    failed("!jRecParam[jmFieldName[i]].isString()"), failed(builderFails));
+    }
+
     EXPECT_EQ(5u, ids().size());
 }
 
-TEST_F(Delete, FailureBeforeTheStatementShowsTheLastSqlErrorWithoutText)
+LOGGED_TEST_F(Delete, FailureBeforeTheStatementShowsTheLastSqlErrorWithoutText)
 {
     const std::string stale = leaveSqlError();
-    forEachLogMode(
-        [&]
-        {
-            EXPECT_EQ(-1, logged({failed("jRecParam.type() != Json::objectValue"), sqlError(stale, "")},
-                                 [&] { return remove("null"); }));
-            EXPECT_EQ(
-                -1, logged({failed("!jRecParam[jmFieldName[i]].isString()"), failed(builderFails), sqlError(stale, "")},
-                           [&] { return remove(R"({"vornSqlWhereFilter": 1})"); }));
-            EXPECT_EQ(-1, logged({failed("strSql.empty()"), sqlError(stale, "")}, [&] { return remove("{}"); }));
-        });
+    EXPECT_LOGS(-1, remove("null"), failed("jRecParam.type() != Json::objectValue"), sqlError(stale, ""));
+    EXPECT_LOGS(-1, remove(R"({"vornSqlWhereFilter": 1})"), failed("!jRecParam[jmFieldName[i]].isString()"),
+                failed(builderFails), sqlError(stale, ""));
+    EXPECT_LOGS(-1, remove("{}"), failed("strSql.empty()"), sqlError(stale, ""));
 }
 
 TEST_F(Delete, TextThatSqliteRefusesDeletesNothingAndIsReportedAtEveryLevel)
@@ -209,15 +192,15 @@ TEST_F(Delete, TextThatSqliteRefusesDeletesNothingAndIsReportedAtEveryLevel)
     forEachLogMode(
         [&]
         {
-            EXPECT_EQ(-1, logged(one, [&] { return remove(R"({"name": ["a"]})"); }));
-            EXPECT_EQ(-1, logged(array, [&] { return byArray({"a"}, "name"); }));
-            EXPECT_EQ(-1, logged(name, [&] { return byName("a", "name"); }));
-            EXPECT_EQ(-1, logged(all, [&] { return store->recDeleteAll(); }));
+            EXPECT_LOGS(-1, remove(R"({"name": ["a"]})"), one);
+            EXPECT_LOGS(-1, byArray({"a"}, "name"), array);
+            EXPECT_LOGS(-1, byName("a", "name"), name);
+            EXPECT_LOGS(-1, store->recDeleteAll(), all);
         });
     EXPECT_EQ(5u, ids().size());
 }
 
-TEST_F(Delete, WithoutSqliteMemoryForAValueNothingGoesAndEveryLevelReportsIt)
+LOGGED_TEST_F(Delete, WithoutSqliteMemoryForAValueNothingGoesAndEveryLevelReportsIt)
 {
     const std::string stale = leaveSqlError();
     const ExpectedLines one = {failed(R"(NULL == (szSql = sqlite3_mprintf("%q", jList[i].asString().c_str())))"),
@@ -227,14 +210,12 @@ TEST_F(Delete, WithoutSqliteMemoryForAValueNothingGoesAndEveryLevelReportsIt)
     const ExpectedLines array = one + ExpectedLines{deleteFails, arrayFailed("name", "a,b")};
     const ExpectedLines name =
         one + ExpectedLines{deleteFails, arrayFailed("name", "a"), failed(byArrayFails), nameFailed("name", "a")};
-    forEachLogMode(
-        [&]
-        {
-            const NoSqliteMemory noMemory;
-            EXPECT_EQ(-1, logged(one, [&] { return remove(R"({"name": ["a"]})"); }));
-            EXPECT_EQ(-1, logged(array, [&] { return byArray({"a", "b"}, "name"); }));
-            EXPECT_EQ(-1, logged(name, [&] { return byName("a", "name"); }));
-        });
+    {
+        const NoSqliteMemory noMemory;
+        EXPECT_LOGS(-1, remove(R"({"name": ["a"]})"), one);
+        EXPECT_LOGS(-1, byArray({"a", "b"}, "name"), array);
+        EXPECT_LOGS(-1, byName("a", "name"), name);
+    }
     EXPECT_EQ(5u, ids().size());
 }
 
@@ -250,7 +231,7 @@ TEST_F(Delete, ViolatedKeyNeverSetsTheErrorMessage)
 TEST_F(Delete, ByNameTakesTheWholeValue)
 {
     const StatementLog log(store.db());
-    EXPECT_EQ(1, logged({debug("delete rec number=1")}, [&] { return byName("a,b", "name"); }));
+    EXPECT_LOGS(1, byName("a,b", "name"), debug("delete rec number=1"));
     EXPECT_EQ(1, byName("a'b", "name"));
     EXPECT_EQ(0, byName(" a", "name"));
     EXPECT_EQ(2, byName("a", "name"));
@@ -262,7 +243,7 @@ TEST_F(Delete, ByNameTakesTheWholeValue)
 
 TEST_F(Delete, ByArrayOfOneValue)
 {
-    EXPECT_EQ(2, logged({debug("delete rec number=2")}, [&] { return byArray({"a"}, "name"); }));
+    EXPECT_LOGS(2, byArray({"a"}, "name"), debug("delete rec number=2"));
     EXPECT_EQ((Rows{"2", "4", "5"}), ids());
     // The check is on the list, not on its values: an empty value is a value.
     EXPECT_EQ(0, byArray({""}, "name"));
@@ -287,7 +268,7 @@ TEST_F(Delete, ValuesAreTakenUpToTheirFirstNul)
               log.statements());
 }
 
-TEST_F(Delete, ByArrayChecksListNameMemberAndTypeInThisOrder)
+LOGGED_TEST_F(Delete, ByArrayChecksListNameMemberAndTypeInThisOrder)
 {
     struct Row
     {
@@ -305,20 +286,17 @@ TEST_F(Delete, ByArrayChecksListNameMemberAndTypeInThisOrder)
         {{"1"}, "id", {failed(noStringKey), arrayFailed("id", "1")}},
         {{"1", "2"}, "id", {failed(noStringKey), arrayFailed("id", "1,2")}},
     };
-    forEachLogMode(
-        [&]
-        {
-            for (const Row& row : rows)
-            {
-                const StatementLog log(store.db());
-                EXPECT_EQ(-1, logged(row.lines, [&] { return byArray(row.values, row.key); }));
-                EXPECT_TRUE(log.statements().empty());
-            }
-        });
+    for (const Row& row : rows)
+    {
+        const StatementLog log(store.db());
+        EXPECT_LOGS(-1, byArray(row.values, row.key), row.lines);
+        EXPECT_TRUE(log.statements().empty());
+    }
+
     EXPECT_EQ(5u, ids().size());
 }
 
-TEST_F(Delete, ByNameChecksValueNameAndMemberInThisOrder)
+LOGGED_TEST_F(Delete, ByNameChecksValueNameAndMemberInThisOrder)
 {
     struct Row
     {
@@ -335,16 +313,13 @@ TEST_F(Delete, ByNameChecksValueNameAndMemberInThisOrder)
         // The type is left to the deletion by list, whose lines come first.
         {"1", "id", {failed(noStringKey), arrayFailed("id", "1"), failed(byArrayFails), nameFailed("id", "1")}},
     };
-    forEachLogMode(
-        [&]
-        {
-            for (const Row& row : rows)
-            {
-                const StatementLog log(store.db());
-                EXPECT_EQ(-1, logged(row.lines, [&] { return byName(row.value, row.key); }));
-                EXPECT_TRUE(log.statements().empty());
-            }
-        });
+    for (const Row& row : rows)
+    {
+        const StatementLog log(store.db());
+        EXPECT_LOGS(-1, byName(row.value, row.key), row.lines);
+        EXPECT_TRUE(log.statements().empty());
+    }
+
     EXPECT_EQ(5u, ids().size());
 }
 
@@ -355,8 +330,7 @@ TEST_F(Delete, OtherTypeNamesThanStringAreRefusedByArray)
     for (const char* const key : {"a", "b", "c", "d"})
     {
         Texts values = {"1"};
-        EXPECT_EQ(-1, logged({failed(noStringKey), arrayFailed(key, "1")},
-                             [&] { return types->recDeleteByArray(values, key); }));
+        EXPECT_LOGS(-1, types->recDeleteByArray(values, key), failed(noStringKey), arrayFailed(key, "1"));
     }
 }
 
@@ -364,9 +338,9 @@ TEST_F(Delete, MemberNamedLikeTheRawConditionCannotBeDeletedByValue)
 {
     Store odd(R"({"vornSqlWhereFilter": {"cpptype": "string"}})");
     Texts values = {"x"};
-    EXPECT_EQ(-1, logged({failed("!jRecParam[jmFieldName[i]].isString()"), failed(builderFails),
-                          failed("0 > (err = recDelete(jParam))"), arrayFailed("vornSqlWhereFilter", "x")},
-                         [&] { return odd->recDeleteByArray(values, "vornSqlWhereFilter"); }));
+    EXPECT_LOGS(-1, odd->recDeleteByArray(values, "vornSqlWhereFilter"),
+                failed("!jRecParam[jmFieldName[i]].isString()"), failed(builderFails),
+                failed("0 > (err = recDelete(jParam))"), arrayFailed("vornSqlWhereFilter", "x"));
 }
 
 TEST_F(Delete, VectorBecomesAnArrayMember)
@@ -388,7 +362,7 @@ TEST_F(Delete, VectorBecomesAnArrayMember)
     {
         Texts values = row.values;
         Json::Value param = json(row.before);
-        EXPECT_EQ(0, logged({}, [&] { return store->VectorParamToJson(values, "k", param); }));
+        EXPECT_SILENT(0, store->VectorParamToJson(values, "k", param));
         EXPECT_EQ(json(row.after), param);
         EXPECT_EQ(row.values, values);
     }
@@ -406,8 +380,7 @@ TEST_F(Delete, VectorChecksItsOutputThenTheName)
                 for (const char* const kept : {"[]", "1", R"("x")", "true"})
                 {
                     Json::Value param = json(kept);
-                    EXPECT_EQ(
-                        -1, logged({failed(outputKind)}, [&] { return store->VectorParamToJson(values, key, param); }));
+                    EXPECT_LOGS(-1, store->VectorParamToJson(values, key, param), failed(outputKind));
                     EXPECT_EQ(json(kept), param);
                 }
             }
@@ -416,8 +389,7 @@ TEST_F(Delete, VectorChecksItsOutputThenTheName)
                 for (const char* const kept : {"null", R"({"k": 1})"})
                 {
                     Json::Value param = json(kept);
-                    EXPECT_EQ(-1,
-                              logged({failed(noKey)}, [&] { return store->VectorParamToJson(values, key, param); }));
+                    EXPECT_LOGS(-1, store->VectorParamToJson(values, key, param), failed(noKey));
                     EXPECT_EQ(json(kept), param);
                 }
             }

@@ -52,81 +52,56 @@ int countRows(void* context, int, char**, char**)
 
 }  // namespace
 
-TEST(Execute, WithoutCallbackTheCountOfChangedRowsIsReturned)
+LOGGED_TEST(Execute, WithoutCallbackTheCountOfChangedRowsIsReturned)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(members);
-            const std::string& table = store.name();
-            const auto run = [&](const std::string& sql) { return logged({}, [&] { return store->runSqlEx(sql); }); };
+    Store store(members);
+    const std::string& table = store.name();
+    const auto run = [&](const std::string& sql) { return logged({}, [&] { return store->runSqlEx(sql); }); };
 
-            EXPECT_EQ(1, run("INSERT INTO " + table + " (age) VALUES (1)"));
-            EXPECT_EQ(2, run("INSERT INTO " + table + " (age) VALUES (2), (3)"));
-            EXPECT_EQ(3, run("UPDATE " + table + " SET age = age + 10"));
-            // Other statements leave SQLite's count as it is.
-            EXPECT_EQ(3, run("SELECT * FROM " + table));
-            EXPECT_EQ(3, run("CREATE TABLE " + table + "_other (x)"));
-            EXPECT_EQ(3, run("  -- a comment only"));
-            EXPECT_EQ(0, run("UPDATE " + table + " SET age = 0 WHERE age = 1"));
-            EXPECT_EQ(2, run("DELETE FROM " + table + " WHERE age > 11"));
-            EXPECT_EQ(std::vector<std::string>{"11|NULL"}, store.rows());
-        });
+    EXPECT_EQ(1, run("INSERT INTO " + table + " (age) VALUES (1)"));
+    EXPECT_EQ(2, run("INSERT INTO " + table + " (age) VALUES (2), (3)"));
+    EXPECT_EQ(3, run("UPDATE " + table + " SET age = age + 10"));
+    // Other statements leave SQLite's count as it is.
+    EXPECT_EQ(3, run("SELECT * FROM " + table));
+    EXPECT_EQ(3, run("CREATE TABLE " + table + "_other (x)"));
+    EXPECT_EQ(3, run("  -- a comment only"));
+    EXPECT_EQ(0, run("UPDATE " + table + " SET age = 0 WHERE age = 1"));
+    EXPECT_EQ(2, run("DELETE FROM " + table + " WHERE age > 11"));
+    EXPECT_EQ(std::vector<std::string>{"11|NULL"}, store.rows());
 }
 
-TEST(Execute, TextOfSeveralStatementsRunsWhole)
+LOGGED_TEST(Execute, TextOfSeveralStatementsRunsWhole)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(members);
-            const std::string& table = store.name();
-            int rows = 0;
-            EXPECT_EQ(0, logged({},
-                                [&]
-                                {
-                                    return store->runSqlEx(
-                                        "INSERT INTO " + table + " (age) VALUES (1),(2);SELECT * FROM " + table,
-                                        countRows, &rows);
-                                }));
-            EXPECT_EQ(2, rows);
-        });
+    Store store(members);
+    const std::string& table = store.name();
+    int rows = 0;
+    EXPECT_SILENT(
+        0, store->runSqlEx("INSERT INTO " + table + " (age) VALUES (1),(2);SELECT * FROM " + table, countRows, &rows));
+    EXPECT_EQ(2, rows);
 }
 
-TEST(Execute, AFailingStatementEndsTheTextAndKeepsWhatRanBefore)
+LOGGED_TEST(Execute, AFailingStatementEndsTheTextAndKeepsWhatRanBefore)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(members);
-            const std::string& table = store.name();
-            const std::string sql =
-                "INSERT INTO " + table + " (age) VALUES (1);SELECT missing;INSERT INTO " + table + " (age) VALUES (2)";
-            EXPECT_EQ(-1, logged(finalFailure(sql, "no such column: missing"), [&] { return store->runSqlEx(sql); }));
-            EXPECT_EQ(1U, store.rows().size());
-        });
+    Store store(members);
+    const std::string& table = store.name();
+    const std::string sql =
+        "INSERT INTO " + table + " (age) VALUES (1);SELECT missing;INSERT INTO " + table + " (age) VALUES (2)";
+    EXPECT_LOGS(-1, store->runSqlEx(sql), finalFailure(sql, "no such column: missing"));
+    EXPECT_EQ(1U, store.rows().size());
 }
 
-TEST(Execute, WithCallbackTheResultIsZeroWhateverTheNumberOfRows)
+LOGGED_TEST(Execute, WithCallbackTheResultIsZeroWhateverTheNumberOfRows)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(members);
-            const std::string& table = store.name();
-            for (int count = 0; count < 3; ++count)
-            {
-                int rows = 0;
-                EXPECT_EQ(0, logged({}, [&] { return store->runSqlEx("SELECT * FROM " + table, countRows, &rows); }));
-                EXPECT_EQ(count, rows);
-                EXPECT_EQ(0, logged({},
-                                    [&] {
-                                        return store->runSqlEx("INSERT INTO " + table + " (age) VALUES (1)", countRows,
-                                                               &rows);
-                                    }));
-                EXPECT_EQ(count, rows);
-            }
-        });
+    Store store(members);
+    const std::string& table = store.name();
+    for (int count = 0; count < 3; ++count)
+    {
+        int rows = 0;
+        EXPECT_SILENT(0, store->runSqlEx("SELECT * FROM " + table, countRows, &rows));
+        EXPECT_EQ(count, rows);
+        EXPECT_SILENT(0, store->runSqlEx("INSERT INTO " + table + " (age) VALUES (1)", countRows, &rows));
+        EXPECT_EQ(count, rows);
+    }
 }
 
 TEST(Execute, TheCallbackGetsContextNamesAndTexts)
@@ -142,38 +117,29 @@ TEST(Execute, TheCallbackGetsContextNamesAndTexts)
         }
         return 0;
     };
-    EXPECT_EQ(0, logged({}, [&] { return store->runSqlEx("SELECT 1 AS a, NULL AS b, 'x' AS c", write, &seen); }));
+    EXPECT_SILENT(0, store->runSqlEx("SELECT 1 AS a, NULL AS b, 'x' AS c", write, &seen));
     EXPECT_EQ("a=1;b=NULL;c=x;", seen);
 }
 
-TEST(Execute, ASyntaxErrorFailsAtOnceWithSqlitesText)
+LOGGED_TEST(Execute, ASyntaxErrorFailsAtOnceWithSqlitesText)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(members);
-            const SleepWatch watch(SleepWatch::Pause::Skipped);
-            const std::string sql = "SELEKT 100%s '%n";
-            const std::string text = "near \"SELEKT\": syntax error";
-            EXPECT_EQ(-1, logged(finalFailure(sql, text), [&] { return store->runSqlEx(sql); }));
-            EXPECT_TRUE(watch.pauses().empty());
-            EXPECT_EQ(text, sqlErrorText(store));
-        });
+    Store store(members);
+    const SleepWatch watch(SleepWatch::Pause::Skipped);
+    const std::string sql = "SELEKT 100%s '%n";
+    const std::string text = "near \"SELEKT\": syntax error";
+    EXPECT_LOGS(-1, store->runSqlEx(sql), finalFailure(sql, text));
+    EXPECT_TRUE(watch.pauses().empty());
+    EXPECT_EQ(text, sqlErrorText(store));
 }
 
-TEST(Execute, ASuccessEmptiesTheTextOfAnEarlierFailure)
+LOGGED_TEST(Execute, ASuccessEmptiesTheTextOfAnEarlierFailure)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(members);
-            EXPECT_EQ("", sqlErrorText(store));
-            EXPECT_EQ(-1, logged(finalFailure("nonsense", "near \"nonsense\": syntax error"),
-                                 [&] { return store->runSqlEx("nonsense"); }));
-            EXPECT_EQ("near \"nonsense\": syntax error", sqlErrorText(store));
-            EXPECT_EQ(0, logged({}, [&] { return store->runSqlEx("SELECT 1"); }));
-            EXPECT_EQ("", sqlErrorText(store));
-        });
+    Store store(members);
+    EXPECT_EQ("", sqlErrorText(store));
+    EXPECT_LOGS(-1, store->runSqlEx("nonsense"), finalFailure("nonsense", "near \"nonsense\": syntax error"));
+    EXPECT_EQ("near \"nonsense\": syntax error", sqlErrorText(store));
+    EXPECT_SILENT(0, store->runSqlEx("SELECT 1"));
+    EXPECT_EQ("", sqlErrorText(store));
 }
 
 // Seen from a row callback: the text of the run before is gone as soon as a run starts.
@@ -194,35 +160,31 @@ TEST(Execute, EachObjectKeepsItsOwnErrorText)
     Store first(members);
     Store second(members);
     logged(finalFailure("nonsense", "near \"nonsense\": syntax error"), [&] { first->runSqlEx("nonsense"); });
-    EXPECT_EQ(0, logged({}, [&] { return second->runSqlEx("SELECT 1"); }));
+    EXPECT_SILENT(0, second->runSqlEx("SELECT 1"));
     EXPECT_EQ("near \"nonsense\": syntax error", sqlErrorText(first));
     EXPECT_EQ("", sqlErrorText(second));
 }
 
-TEST(Execute, AnEmptyTextFailsWithoutCallingSqlite)
+LOGGED_TEST(Execute, AnEmptyTextFailsWithoutCallingSqlite)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(members);
-            const StatementLog statements(store.db());
-            int rows = 0;
-            for (const bool withCallback : {false, true})
-            {
-                // Nothing resets errno here: the trace line shows the caller's.
-                int errnoBefore = -1;
-                LogCapture capture;
-                errnoBefore = errno;
-                EXPECT_EQ(-1, withCallback ? store->runSqlEx("", countRows, &rows) : store->runSqlEx(""));
-                capture.expect(
-                    {failed("0 >= strSql.length()"),
-                     trace("i=0,errno=" + std::to_string(errnoBefore) + ", run sql failed, error=Unknow Error!!, sql="),
-                     debug("run sql fail, err=(null)")});
-            }
-            EXPECT_EQ(0, rows);
-            EXPECT_TRUE(statements.statements().empty());
-            EXPECT_EQ("Unknow Error!!", sqlErrorText(store));
-        });
+    Store store(members);
+    const StatementLog statements(store.db());
+    int rows = 0;
+    for (const bool withCallback : {false, true})
+    {
+        // Nothing resets errno here: the trace line shows the caller's.
+        int errnoBefore = -1;
+        LogCapture capture;
+        errnoBefore = errno;
+        EXPECT_EQ(-1, withCallback ? store->runSqlEx("", countRows, &rows) : store->runSqlEx(""));
+        capture.expect(
+            {failed("0 >= strSql.length()"),
+             trace("i=0,errno=" + std::to_string(errnoBefore) + ", run sql failed, error=Unknow Error!!, sql="),
+             debug("run sql fail, err=(null)")});
+    }
+    EXPECT_EQ(0, rows);
+    EXPECT_TRUE(statements.statements().empty());
+    EXPECT_EQ("Unknow Error!!", sqlErrorText(store));
 }
 
 TEST(Execute, AnEmptyTextReplacesTheTextOfAnEarlierFailure)
@@ -233,89 +195,70 @@ TEST(Execute, AnEmptyTextReplacesTheTextOfAnEarlierFailure)
     EXPECT_EQ("Unknow Error!!", sqlErrorText(store));
 }
 
-TEST(Execute, ANullConnectionFailsAtItsFirstStatement)
+LOGGED_TEST(Execute, ANullConnectionFailsAtItsFirstStatement)
 {
-    forEachLogMode(
-        []
-        {
-            std::string name = freshTable();
-            Json::Value definition = definitionOf(name, json(members));
-            std::string create = "CREATE TABLE " + name + " (age)";
-            blDebugOutput = false;
-            std::unique_ptr<VornJsonDbApi> api;
-            logged(
-                {trace("Failed [!pDb]"), trace("<any>"), error("<any>"), trace("<any>"), failed("0 > tableCreate()")},
-                [&] { api = std::make_unique<VornJsonDbApi>(nullptr, name, definition, create); });
+    std::string name = freshTable();
+    Json::Value definition = definitionOf(name, json(members));
+    std::string create = "CREATE TABLE " + name + " (age)";
+    blDebugOutput = false;
+    std::unique_ptr<VornJsonDbApi> api;
+    logged({trace("Failed [!pDb]"), trace("<any>"), error("<any>"), trace("<any>"), failed("0 > tableCreate()")},
+           [&] { api = std::make_unique<VornJsonDbApi>(nullptr, name, definition, create); });
 
-            blDebugOutput = true;
-            const SleepWatch watch(SleepWatch::Pause::Skipped);
-            int rows = 0;
-            for (const bool withCallback : {false, true})
-            {
-                const ExpectedLines lines = {
-                    trace("i=0,errno=<number>, run sql failed, error=Unknow Error!!, sql=SELECT 1"),
-                    debug("run sql fail, err=(null)")};
-                EXPECT_EQ(-1, logged(lines,
-                                     [&] {
-                                         return withCallback ? api->runSqlEx("SELECT 1", countRows, &rows)
-                                                             : api->runSqlEx("SELECT 1");
-                                     }));
-            }
-            EXPECT_EQ(0, rows);
-            EXPECT_TRUE(watch.pauses().empty());
-        });
+    blDebugOutput = true;
+    const SleepWatch watch(SleepWatch::Pause::Skipped);
+    int rows = 0;
+    for (const bool withCallback : {false, true})
+    {
+        const ExpectedLines lines = {trace("i=0,errno=<number>, run sql failed, error=Unknow Error!!, sql=SELECT 1"),
+                                     debug("run sql fail, err=(null)")};
+        EXPECT_LOGS(-1, withCallback ? api->runSqlEx("SELECT 1", countRows, &rows) : api->runSqlEx("SELECT 1"), lines);
+    }
+    EXPECT_EQ(0, rows);
+    EXPECT_TRUE(watch.pauses().empty());
 }
 
-TEST(Execute, AViolatedConstraintIsReportedWithSqlitesText)
+LOGGED_TEST(Execute, AViolatedConstraintIsReportedWithSqlitesText)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(members, "age INTEGER PRIMARY KEY, refused");
-            const std::string sql = "INSERT INTO " + store.name() + " (age) VALUES (1)";
-            EXPECT_EQ(1, logged({}, [&] { return store->runSqlEx(sql); }));
-            const std::string text = "UNIQUE constraint failed: " + store.name() + ".age";
-            EXPECT_EQ(-1, logged(finalFailure(sql, text), [&] { return store->runSqlEx(sql); }));
-            EXPECT_EQ(text, sqlErrorText(store));
-        });
+    Store store(members, "age INTEGER PRIMARY KEY, refused");
+    const std::string sql = "INSERT INTO " + store.name() + " (age) VALUES (1)";
+    EXPECT_SILENT(1, store->runSqlEx(sql));
+    const std::string text = "UNIQUE constraint failed: " + store.name() + ".age";
+    EXPECT_LOGS(-1, store->runSqlEx(sql), finalFailure(sql, text));
+    EXPECT_EQ(text, sqlErrorText(store));
 }
 
 TEST(Execute, TextEndsAtItsFirstNul)
 {
     Store store(members);
     const std::string sql = "INSERT INTO " + store.name() + " (age) VALUES (1)";
-    EXPECT_EQ(1, logged({}, [&] { return store->runSqlEx(sql + std::string("\0nonsense", 9)); }));
+    EXPECT_SILENT(1, store->runSqlEx(sql + std::string("\0nonsense", 9)));
     EXPECT_EQ(1U, store.rows().size());
 }
 
-TEST(Execute, ACallbackThatStopsTheQueryIsFinalWhateverErrnoHolds)
+LOGGED_TEST(Execute, ACallbackThatStopsTheQueryIsFinalWhateverErrnoHolds)
 {
-    forEachLogMode(
-        []
+    for (const int errnoThen : {0, EAGAIN})
+    {
+        Store store(members);
+        const SleepWatch watch(SleepWatch::Pause::Skipped);
+        struct Seen
         {
-            for (const int errnoThen : {0, EAGAIN})
-            {
-                Store store(members);
-                const SleepWatch watch(SleepWatch::Pause::Skipped);
-                struct Seen
-                {
-                    int rows;
-                    int errnoThen;
-                } seen = {0, errnoThen};
-                const auto stopAtSecond = [](void* context, int, char**, char**)
-                {
-                    Seen& state = *static_cast<Seen*>(context);
-                    errno = state.errnoThen;
-                    return ++state.rows == 2 ? -1 : 0;
-                };
-                const std::string sql = "SELECT 1 UNION SELECT 2 UNION SELECT 3";
-                EXPECT_EQ(-1, logged(finalFailure(sql, "query aborted"),
-                                     [&] { return store->runSqlEx(sql, stopAtSecond, &seen); }));
-                EXPECT_EQ(2, seen.rows);
-                EXPECT_TRUE(watch.pauses().empty());
-                EXPECT_EQ("query aborted", sqlErrorText(store));
-            }
-        });
+            int rows;
+            int errnoThen;
+        } seen = {0, errnoThen};
+        const auto stopAtSecond = [](void* context, int, char**, char**)
+        {
+            Seen& state = *static_cast<Seen*>(context);
+            errno = state.errnoThen;
+            return ++state.rows == 2 ? -1 : 0;
+        };
+        const std::string sql = "SELECT 1 UNION SELECT 2 UNION SELECT 3";
+        EXPECT_LOGS(-1, store->runSqlEx(sql, stopAtSecond, &seen), finalFailure(sql, "query aborted"));
+        EXPECT_EQ(2, seen.rows);
+        EXPECT_TRUE(watch.pauses().empty());
+        EXPECT_EQ("query aborted", sqlErrorText(store));
+    }
 }
 
 // What a callback throws reaches the caller, and SQLite is left as after any stopped query: nothing busy, nothing

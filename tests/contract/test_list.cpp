@@ -74,7 +74,7 @@ TEST_F(List, StatementHoldsEveryColumnTheConditionAndTheClause)
     for (const Row& row : rows)
     {
         const StatementLog log(store.db());
-        EXPECT_EQ(0, logged({}, [&] { return list(row.param); }));
+        EXPECT_SILENT(0, list(row.param));
         EXPECT_EQ((std::vector<std::string>{"SELECT age,name,seen FROM " + store.name() + row.afterTable}),
                   log.statements());
     }
@@ -107,7 +107,7 @@ TEST_F(List, RecordsAreAppendedToThoseOfTheCaller)
 
 TEST_F(List, NoMatchIsASuccessThatAppendsNothing)
 {
-    EXPECT_EQ(0, logged({}, [&] { return list(R"({"name": "Eve"})"); }));
+    EXPECT_SILENT(0, list(R"({"name": "Eve"})"));
     EXPECT_TRUE(out.isNull());
     out = Json::Value(Json::arrayValue);
     EXPECT_EQ(0, list(R"({"name": "Eve"})"));
@@ -122,98 +122,75 @@ TEST_F(List, ParameterIsNotChanged)
     EXPECT_EQ(copy, param);
 }
 
-TEST_F(List, ParameterThatIsNoObjectIsRefusedBeforeTheOutput)
+LOGGED_TEST_F(List, ParameterThatIsNoObjectIsRefusedBeforeTheOutput)
 {
-    forEachLogMode(
-        [&]
-        {
-            for (const char* const param : {"[1]", "1", R"("name")", "true"})
-            {
-                out = json("{}");
-                const StatementLog log(store.db());
-                const ExpectedLines lines = {failed(paramKind), trace(std::string("jRecParam=") + param)};
-                EXPECT_EQ(-1, logged(lines, [&] { return list(param); }));
-                EXPECT_EQ(json("{}"), out);
-                EXPECT_TRUE(log.statements().empty());
-            }
-        });
+    for (const char* const param : {"[1]", "1", R"("name")", "true"})
+    {
+        out = json("{}");
+        const StatementLog log(store.db());
+        const ExpectedLines lines = {failed(paramKind), trace(std::string("jRecParam=") + param)};
+        EXPECT_LOGS(-1, list(param), lines);
+        EXPECT_EQ(json("{}"), out);
+        EXPECT_TRUE(log.statements().empty());
+    }
 }
 
-TEST_F(List, OutputThatIsNoArrayIsRefusedBeforeTheCondition)
+LOGGED_TEST_F(List, OutputThatIsNoArrayIsRefusedBeforeTheCondition)
 {
-    forEachLogMode(
-        [&]
-        {
-            for (const char* const kept : {"{}", "1", R"("x")", "false"})
-            {
-                out = json(kept);
-                const StatementLog log(store.db());
-                const ExpectedLines lines = {failed(outKind), trace(R"(jRecParam={"vornSqlWhereFilter":1})")};
-                EXPECT_EQ(-1, logged(lines, [&] { return list(R"({"vornSqlWhereFilter": 1})"); }));
-                EXPECT_EQ(json(kept), out);
-                EXPECT_TRUE(log.statements().empty());
-            }
-        });
+    for (const char* const kept : {"{}", "1", R"("x")", "false"})
+    {
+        out = json(kept);
+        const StatementLog log(store.db());
+        const ExpectedLines lines = {failed(outKind), trace(R"(jRecParam={"vornSqlWhereFilter":1})")};
+        EXPECT_LOGS(-1, list(R"({"vornSqlWhereFilter": 1})"), lines);
+        EXPECT_EQ(json(kept), out);
+        EXPECT_TRUE(log.statements().empty());
+    }
 }
 
-TEST_F(List, ConditionThatFailsIsReportedWithItsOwnLine)
+LOGGED_TEST_F(List, ConditionThatFailsIsReportedWithItsOwnLine)
 {
-    forEachLogMode(
-        [&]
-        {
-            const ExpectedLines lines = {failed("!jRecParam[jmFieldName[i]].isString()"), failed(conditionFails),
-                                         trace(R"(jRecParam={"sort_by":1,"vornSqlWhereFilter":5})")};
-            EXPECT_EQ(-1, logged(lines, [&] { return list(R"({"vornSqlWhereFilter": 5, "sort_by": 1})"); }));
-        });
+    const ExpectedLines lines = {failed("!jRecParam[jmFieldName[i]].isString()"), failed(conditionFails),
+                                 trace(R"(jRecParam={"sort_by":1,"vornSqlWhereFilter":5})")};
+    EXPECT_LOGS(-1, list(R"({"vornSqlWhereFilter": 5, "sort_by": 1})"), lines);
+
     EXPECT_TRUE(out.isNull());
 }
 
-TEST_F(List, ClauseThatFailsIsReportedWithItsOwnLine)
+LOGGED_TEST_F(List, ClauseThatFailsIsReportedWithItsOwnLine)
 {
-    forEachLogMode(
-        [&]
-        {
-            const NoSqliteMemory noMemory;
-            const ExpectedLines lines = {failed("!szSql"), failed(clauseFails),
-                                         trace(R"(jRecParam={"sort_by":"age"})")};
-            EXPECT_EQ(-1, logged(lines, [&] { return list(R"({"sort_by": "age"})"); }));
-        });
+    const NoSqliteMemory noMemory;
+    const ExpectedLines lines = {failed("!szSql"), failed(clauseFails), trace(R"(jRecParam={"sort_by":"age"})")};
+    EXPECT_LOGS(-1, list(R"({"sort_by": "age"})"), lines);
+
     EXPECT_TRUE(out.isNull());
 }
 
-TEST_F(List, FailureBeforeTheStatementShowsTheLastSqlErrorWithoutText)
+LOGGED_TEST_F(List, FailureBeforeTheStatementShowsTheLastSqlErrorWithoutText)
 {
     const std::string stale = leaveSqlError();
-    forEachLogMode(
-        [&]
-        {
-            EXPECT_EQ(-1, logged({failed(paramKind), trace("jRecParam=[]"), sqlError(stale, "")},
-                                 [&] { return list("[]"); }));
-            const ExpectedLines condition = {failed("!jRecParam[jmFieldName[i]].isString()"), failed(conditionFails),
-                                             trace(R"(jRecParam={"vornSqlWhereFilter":5})"), sqlError(stale, "")};
-            EXPECT_EQ(-1, logged(condition, [&] { return list(R"({"vornSqlWhereFilter": 5})"); }));
-        });
+    EXPECT_LOGS(-1, list("[]"), failed(paramKind), trace("jRecParam=[]"), sqlError(stale, ""));
+    const ExpectedLines condition = {failed("!jRecParam[jmFieldName[i]].isString()"), failed(conditionFails),
+                                     trace(R"(jRecParam={"vornSqlWhereFilter":5})"), sqlError(stale, "")};
+    EXPECT_LOGS(-1, list(R"({"vornSqlWhereFilter": 5})"), condition);
+
     EXPECT_EQ(0, list("null"));
-    EXPECT_EQ(-1, logged({failed(paramKind), trace("jRecParam=[]")}, [&] { return list("[]"); }));
+    EXPECT_LOGS(-1, list("[]"), failed(paramKind), trace("jRecParam=[]"));
 }
 
-TEST_F(List, TextThatSqliteRefusesIsReportedWithTheStatement)
+LOGGED_TEST_F(List, TextThatSqliteRefusesIsReportedWithTheStatement)
 {
     const std::string sql = "SELECT age,name,seen FROM " + store.name() + "  WHERE  (age=Bob );";
     const std::string sqliteText = "no such column: Bob";
-    forEachLogMode(
-        [&]
-        {
-            const ExpectedLines lines =
-                refusedBySqlite(sqliteText, sql) +
-                ExpectedLines{failed(runFails), trace(R"(jRecParam={"age":"Bob"})"), sqlError(sqliteText, sql)};
-            EXPECT_EQ(-1, logged(lines, [&] { return list(R"({"age": "Bob"})"); }));
+    const ExpectedLines lines =
+        refusedBySqlite(sqliteText, sql) +
+        ExpectedLines{failed(runFails), trace(R"(jRecParam={"age":"Bob"})"), sqlError(sqliteText, sql)};
+    EXPECT_LOGS(-1, list(R"({"age": "Bob"})"), lines);
 
-            Json::Value record = json(R"({"kept": 1})");
-            EXPECT_EQ(-1, logged(lines + ExpectedLines{failed(listFails)},
-                                 [&] { return getOne(R"({"age": "Bob"})", record); }));
-            EXPECT_EQ(json(R"({"kept": 1})"), record);
-        });
+    Json::Value record = json(R"({"kept": 1})");
+    EXPECT_LOGS(-1, getOne(R"({"age": "Bob"})", record), lines, failed(listFails));
+    EXPECT_EQ(json(R"({"kept": 1})"), record);
+
     EXPECT_TRUE(out.isNull());
 }
 
@@ -225,7 +202,7 @@ TEST_F(List, MemberWithoutAColumnFailsTheStatement)
     const ExpectedLines lines =
         refusedBySqlite("no such column: b", sql) +
         ExpectedLines{failed(runFails), trace("jRecParam=null"), sqlError("no such column: b", sql)};
-    EXPECT_EQ(-1, logged(lines, [&] { return narrow->recList(param, out); }));
+    EXPECT_LOGS(-1, narrow->recList(param, out), lines);
 }
 
 TEST_F(List, RowsBeforeARowThatCannotBeReadStay)
@@ -247,12 +224,11 @@ TEST_F(List, RowsBeforeARowThatCannotBeReadStay)
         {
             Json::Value param(Json::objectValue);
             out = json(R"(["old"])");
-            EXPECT_EQ(-1, logged(lines, [&] { return real->recList(param, out); }));
+            EXPECT_LOGS(-1, real->recList(param, out), lines);
             EXPECT_EQ(json(R"(["old", {"a": "first"}])"), out);
 
             Json::Value record = json(R"({"kept": 1})");
-            EXPECT_EQ(-1,
-                      logged(lines + ExpectedLines{failed(listFails)}, [&] { return real->recGetOne(param, record); }));
+            EXPECT_LOGS(-1, real->recGetOne(param, record), lines, failed(listFails));
             EXPECT_EQ(json(R"({"kept": 1})"), record);
         });
 }
@@ -294,7 +270,7 @@ TEST_F(List, ReadingNeverSetsTheErrorMessage)
 TEST_F(List, GetOneCopiesTheFirstMatch)
 {
     Json::Value record;
-    EXPECT_EQ(1, logged({}, [&] { return getOne(R"({"name": "Ann"})", record); }));
+    EXPECT_SILENT(1, getOne(R"({"name": "Ann"})", record));
     EXPECT_EQ(json(R"({"age": 1, "name": "Ann", "seen": true})"), record);
 }
 
@@ -311,7 +287,7 @@ TEST_F(List, GetOneWithoutAMatchReturnsZeroAndLeavesTheRecord)
     for (const char* const kept : {"null", R"({"age": 7})", "[1]", R"("x")"})
     {
         Json::Value record = json(kept);
-        EXPECT_EQ(0, logged({}, [&] { return getOne(R"({"name": "Eve"})", record); }));
+        EXPECT_SILENT(0, getOne(R"({"name": "Eve"})", record));
         EXPECT_EQ(json(kept), record);
     }
 }
@@ -329,38 +305,28 @@ TEST_F(List, GetOneOfARowWithoutAnyValueFindsItAndCopiesNothing)
     for (const char* const kept : {"null", "{}", R"({"age": 7})"})
     {
         Json::Value record = json(kept);
-        EXPECT_EQ(1, logged({}, [&] { return getOne(R"({"vornSqlWhereFilter": "age is null"})", record); }));
+        EXPECT_SILENT(1, getOne(R"({"vornSqlWhereFilter": "age is null"})", record));
         EXPECT_EQ(json(kept), record);
     }
 }
 
-TEST_F(List, GetOneIntoAnythingButAnObjectFailsAfterTheQuery)
+LOGGED_TEST_F(List, GetOneIntoAnythingButAnObjectFailsAfterTheQuery)
 {
-    forEachLogMode(
-        [&]
-        {
-            for (const char* const kept : {"[]", "1", R"("x")", "true"})
-            {
-                Json::Value record = json(kept);
-                const StatementLog log(store.db());
-                const ExpectedLines lines = {
-                    inUtil(failed("jIn.type() != Json::nullValue && jIn.type() != Json::objectValue")),
-                    failed("0 > jsonCopyMember(jRecOut, jRecArray[0], true)")};
-                EXPECT_EQ(-1, logged(lines, [&] { return getOne("null", record); }));
-                EXPECT_EQ(json(kept), record);
-                EXPECT_EQ(1u, log.statements().size());
-            }
-        });
+    for (const char* const kept : {"[]", "1", R"("x")", "true"})
+    {
+        Json::Value record = json(kept);
+        const StatementLog log(store.db());
+        const ExpectedLines lines = {inUtil(failed("jIn.type() != Json::nullValue && jIn.type() != Json::objectValue")),
+                                     failed("0 > jsonCopyMember(jRecOut, jRecArray[0], true)")};
+        EXPECT_LOGS(-1, getOne("null", record), lines);
+        EXPECT_EQ(json(kept), record);
+        EXPECT_EQ(1u, log.statements().size());
+    }
 }
 
-TEST_F(List, GetOneReportsItsParameterThroughTheListing)
+LOGGED_TEST_F(List, GetOneReportsItsParameterThroughTheListing)
 {
-    forEachLogMode(
-        [&]
-        {
-            Json::Value record = json("1");
-            EXPECT_EQ(-1, logged({failed(paramKind), trace("jRecParam=[]"), failed(listFails)},
-                                 [&] { return getOne("[]", record); }));
-            EXPECT_EQ(json("1"), record);
-        });
+    Json::Value record = json("1");
+    EXPECT_LOGS(-1, getOne("[]", record), failed(paramKind), trace("jRecParam=[]"), failed(listFails));
+    EXPECT_EQ(json("1"), record);
 }

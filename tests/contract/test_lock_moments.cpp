@@ -222,7 +222,7 @@ TEST(LockBeforeTheReadBack, CannotFallInsideTheCallersTransaction)
         const SleepWatch watch(SleepWatch::Pause::Skipped);
         Json::Value in = record();
         Json::Value out;
-        EXPECT_EQ(0, logged({}, [&] { return store->recCreate(in, out); }));
+        EXPECT_SILENT(0, store->recCreate(in, out));
         EXPECT_EQ(0U, watch.pauses().size());
     }
     EXPECT_EQ(1, attempts);
@@ -289,7 +289,7 @@ TEST(CallersTransaction, OnAnotherConnectionOfTheSameThreadIsWaitedForInVain)
         EXPECT_EQ(500U, watch.pauses().size());
     }
     ASSERT_EQ(SQLITE_OK, other.run("commit"));
-    EXPECT_EQ(0, logged({}, [&] { return store->recCreate(in, out); }));
+    EXPECT_SILENT(0, store->recCreate(in, out));
     EXPECT_EQ(std::vector<std::string>{"1|text"}, store.rows());
 }
 
@@ -312,7 +312,7 @@ TEST(CallersTransaction, WaitsForAnotherWritersEnd)
                                });
         Json::Value in = record();
         Json::Value out;
-        EXPECT_EQ(0, logged({}, [&] { return store->recCreate(in, out); }));
+        EXPECT_SILENT(0, store->recCreate(in, out));
         EXPECT_EQ(3U, watch.pauses().size());
     }
     EXPECT_EQ(0, sqlite3_get_autocommit(store.db().handle()));
@@ -347,18 +347,17 @@ TEST(SharedCache, TableLocksAreNotRetried)
 
     const SleepWatch watch(SleepWatch::Pause::Skipped);
     ASSERT_EQ(SQLITE_OK, other.run("begin; insert into " + store.name() + " values (1, 'other')"));
-    EXPECT_EQ(-1, logged(listFailure("database table is locked: " + store.name()),
-                         [&] { return store->recList(nothing, out); }));
+    EXPECT_LOGS(-1, store->recList(nothing, out), listFailure("database table is locked: " + store.name()));
     const std::string insert = "insert into " + store.name() + " values (3, 'text')";
-    EXPECT_EQ(-1, logged(finalLines("database table is locked", insert), [&] { return store->runSqlEx(insert); }));
+    EXPECT_LOGS(-1, store->runSqlEx(insert), finalLines("database table is locked", insert));
     ASSERT_EQ(SQLITE_OK, other.run("commit"));
-    EXPECT_EQ(0, logged({}, [&] { return store->recCreate(in, out); }));
+    EXPECT_SILENT(0, store->recCreate(in, out));
 
     out = Json::Value();
     ASSERT_EQ(SQLITE_OK, other.run("begin; create table another (id)"));
-    EXPECT_EQ(-1, logged(listFailure("database schema is locked: main"), [&] { return store->recList(nothing, out); }));
+    EXPECT_LOGS(-1, store->recList(nothing, out), listFailure("database schema is locked: main"));
     ASSERT_EQ(SQLITE_OK, other.run("commit"));
-    EXPECT_EQ(0, logged({}, [&] { return store->recList(nothing, out); }));
+    EXPECT_SILENT(0, store->recList(nothing, out));
     EXPECT_EQ(2U, out.size());
     EXPECT_TRUE(watch.pauses().empty());
 }
@@ -388,6 +387,6 @@ TEST(Snapshot, AnOutdatedOneIsRetriedToTheEndAndFails)
     EXPECT_TRUE(store.rows().empty());
 
     ASSERT_EQ(SQLITE_OK, store.db().run("rollback"));
-    EXPECT_EQ(0, logged({}, [&] { return store->recCreate(in, out); }));
+    EXPECT_SILENT(0, store->recCreate(in, out));
     EXPECT_EQ((std::vector<std::string>{"1|other", "2|text"}), store.rows());
 }

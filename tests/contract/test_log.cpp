@@ -190,23 +190,19 @@ TEST_F(LogTest, DebugLinesNeedTheFlagAndTraceLinesDoNot)
     forEachLogMode(
         [&]
         {
-            EXPECT_EQ(-1, logged({error("lost data member=age"), debug(R"(jParam={"rate":1})")},
-                                 [&] { return m_store->fillDefaultValue(record, true); }));
+            EXPECT_LOGS(-1, m_store->fillDefaultValue(record, true), error("lost data member=age"),
+                        debug(R"(jParam={"rate":1})"));
             logged({trace("Failed [strName.empty()]")}, [&] { writeTraceLine(m_store); });
         });
 }
 
-TEST_F(LogTest, LinesOfTheFreeFunctionsNameTheFileUtil)
+LOGGED_TEST_F(LogTest, LinesOfTheFreeFunctionsNameTheFileUtil)
 {
-    forEachLogMode(
-        []
-        {
-            Json::Value definition;
-            std::string name = freshTable();
-            logged({inUtil(failed("jTableDef.empty()")), inUtil(trace("strJsonName=" + name)),
-                    inUtil(trace("jTableDef=null")), inUtil(trace("jType=<any>"))},
-                   [&] { VORN_JSON_DB::recType(definition, name); });
-        });
+    Json::Value definition;
+    std::string name = freshTable();
+    logged({inUtil(failed("jTableDef.empty()")), inUtil(trace("strJsonName=" + name)), inUtil(trace("jTableDef=null")),
+            inUtil(trace("jType=<any>"))},
+           [&] { VORN_JSON_DB::recType(definition, name); });
 }
 
 // A statement that is retried writes one debug line per attempt, with a pause after each in which the flags change.

@@ -42,7 +42,7 @@ TEST(MemberCopy, CopiesWholeMembers)
     {
         Json::Value into = json(row.into);
         Json::Value from = json(row.from);
-        EXPECT_EQ(0, logged({}, [&] { return jsonCopyMember(into, from, row.overwrite); }));
+        EXPECT_SILENT(0, jsonCopyMember(into, from, row.overwrite));
         EXPECT_EQ(json(row.result), into) << row.into << " <- " << row.from;
         EXPECT_EQ(json(row.from), from);
     }
@@ -67,41 +67,32 @@ TEST(MemberCopy, ObjectCopiedIntoItselfStaysTheSame)
     }
 }
 
-TEST(MemberCopy, DestinationThatIsNoObjectIsRefusedBeforeTheSource)
+LOGGED_TEST(MemberCopy, DestinationThatIsNoObjectIsRefusedBeforeTheSource)
 {
-    forEachLogMode(
-        []
+    for (const char* const kept : {"[]", "[1]", "1", "1.5", R"("x")", "true"})
+    {
+        for (const char* const source : {R"({"a": 1})", "{}", "null", "1"})
         {
-            for (const char* const kept : {"[]", "[1]", "1", "1.5", R"("x")", "true"})
-            {
-                for (const char* const source : {R"({"a": 1})", "{}", "null", "1"})
-                {
-                    Json::Value into = json(kept);
-                    Json::Value from = json(source);
-                    const ExpectedLines lines = {
-                        inUtil(failed("jIn.type() != Json::nullValue && jIn.type() != Json::objectValue"))};
-                    EXPECT_EQ(-1, logged(lines, [&] { return jsonCopyMember(into, from, true); }));
-                    EXPECT_EQ(json(kept), into);
-                }
-            }
-        });
+            Json::Value into = json(kept);
+            Json::Value from = json(source);
+            const ExpectedLines lines = {
+                inUtil(failed("jIn.type() != Json::nullValue && jIn.type() != Json::objectValue"))};
+            EXPECT_LOGS(-1, jsonCopyMember(into, from, true), lines);
+            EXPECT_EQ(json(kept), into);
+        }
+    }
 }
 
-TEST(MemberCopy, SourceThatIsNoObjectIsRefused)
+LOGGED_TEST(MemberCopy, SourceThatIsNoObjectIsRefused)
 {
-    forEachLogMode(
-        []
+    for (const char* const source : {"null", "[]", "1", R"("x")", "true"})
+    {
+        for (const char* const kept : {"null", R"({"a": 1})"})
         {
-            for (const char* const source : {"null", "[]", "1", R"("x")", "true"})
-            {
-                for (const char* const kept : {"null", R"({"a": 1})"})
-                {
-                    Json::Value into = json(kept);
-                    Json::Value from = json(source);
-                    EXPECT_EQ(-1, logged({inUtil(failed("jSubSet.type() != Json::objectValue"))},
-                                         [&] { return jsonCopyMember(into, from, false); }));
-                    EXPECT_EQ(json(kept), into);
-                }
-            }
-        });
+            Json::Value into = json(kept);
+            Json::Value from = json(source);
+            EXPECT_LOGS(-1, jsonCopyMember(into, from, false), inUtil(failed("jSubSet.type() != Json::objectValue")));
+            EXPECT_EQ(json(kept), into);
+        }
+    }
 }

@@ -111,8 +111,7 @@ TEST_P(LockedByOther, AWriteSucceedsAtTheAttemptAfterTheLockIsReleased)
                                            lock->release();
                                        }
                                    });
-            EXPECT_EQ(
-                1, logged(retryLines(10, "<number>", "database is locked", sql), [&] { return store->runSqlEx(sql); }));
+            EXPECT_LOGS(1, store->runSqlEx(sql), retryLines(10, "<number>", "database is locked", sql));
             EXPECT_EQ(std::vector<unsigned>(10, pause10ms), watch.pauses());
             EXPECT_EQ(++rows, store.rows().size());
         });
@@ -134,7 +133,7 @@ TEST_P(LockedByOther, ARecordIsCreatedAndReadBackOnceTheLockIsReleased)
                            });
     Json::Value record = json(R"({"age": 5})");
     Json::Value stored;
-    EXPECT_EQ(0, logged({}, [&] { return store->recCreate(record, stored); }));
+    EXPECT_SILENT(0, store->recCreate(record, stored));
     EXPECT_EQ(record, stored);
     EXPECT_EQ(std::vector<std::string>{"5"}, store.rows());
 }
@@ -154,7 +153,7 @@ TEST_P(LockedByOther, ALockOfAHundredMillisecondsIsWaitedOut)
                                    lock->release();
                                }
                            });
-    EXPECT_EQ(1, logged({}, [&] { return store->runSqlEx("INSERT INTO " + store.name() + " VALUES (1)"); }));
+    EXPECT_SILENT(1, store->runSqlEx("INSERT INTO " + store.name() + " VALUES (1)"));
     EXPECT_EQ(11U, watch.pauses().size());
 }
 
@@ -171,13 +170,13 @@ TEST_P(LockedByOther, AfterFiveHundredAttemptsTheWriteFails)
         {
             const SleepWatch watch(SleepWatch::Pause::Skipped);
             const StatementLog statements(store.db());
-            EXPECT_EQ(-1, logged(retryLines(500, "<number>", text, sql) + finalLines(500, "<number>", text, sql),
-                                 [&] { return store->runSqlEx(sql); }));
+            EXPECT_LOGS(-1, store->runSqlEx(sql), retryLines(500, "<number>", text, sql),
+                        finalLines(500, "<number>", text, sql));
             EXPECT_EQ(std::vector<unsigned>(500, pause10ms), watch.pauses());
             EXPECT_EQ(std::vector<std::string>(500, sql), statements.statements());
         });
     lock->release();
-    EXPECT_EQ(1, logged({}, [&] { return store->runSqlEx(sql); }));
+    EXPECT_SILENT(1, store->runSqlEx(sql));
     EXPECT_EQ(1U, store.rows().size());
 }
 
@@ -204,91 +203,71 @@ INSTANTIATE_TEST_SUITE_P(Retry, LockedByOther,
                          testing::Values(Holder{"Thread", lockFromThread}, Holder{"Process", lockFromProcess}),
                          testing::PrintToStringParamName());
 
-TEST(Retry, ErrnoElevenIsRetriedWhateverTheText)
+LOGGED_TEST(Retry, ErrnoElevenIsRetriedWhateverTheText)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(members);
-            const FailingFunction function(store.db(), 3, "try again", EAGAIN);
-            const SleepWatch watch(SleepWatch::Pause::Skipped);
-            const std::string sql = "SELECT fails()";
-            EXPECT_EQ(0, logged(retryLines(3, "11", "try again", sql), [&] { return store->runSqlEx(sql); }));
-            EXPECT_EQ(4, function.calls());
-            EXPECT_EQ(std::vector<unsigned>(3, pause10ms), watch.pauses());
-        });
+    Store store(members);
+    const FailingFunction function(store.db(), 3, "try again", EAGAIN);
+    const SleepWatch watch(SleepWatch::Pause::Skipped);
+    const std::string sql = "SELECT fails()";
+    EXPECT_LOGS(0, store->runSqlEx(sql), retryLines(3, "11", "try again", sql));
+    EXPECT_EQ(4, function.calls());
+    EXPECT_EQ(std::vector<unsigned>(3, pause10ms), watch.pauses());
 }
 
-TEST(Retry, TheLockTextIsRetriedWhateverErrnoHolds)
+LOGGED_TEST(Retry, TheLockTextIsRetriedWhateverErrnoHolds)
 {
-    forEachLogMode(
-        []
-        {
-            for (const char* const text : {"database is locked", "here the database is locked (5)"})
-            {
-                Store store(members);
-                const FailingFunction function(store.db(), 2, text, ENOENT);
-                const SleepWatch watch(SleepWatch::Pause::Skipped);
-                const std::string sql = "SELECT fails()";
-                EXPECT_EQ(
-                    0, logged(retryLines(2, std::to_string(ENOENT), text, sql), [&] { return store->runSqlEx(sql); }));
-                EXPECT_EQ(3, function.calls());
-            }
-        });
+    for (const char* const text : {"database is locked", "here the database is locked (5)"})
+    {
+        Store store(members);
+        const FailingFunction function(store.db(), 2, text, ENOENT);
+        const SleepWatch watch(SleepWatch::Pause::Skipped);
+        const std::string sql = "SELECT fails()";
+        EXPECT_LOGS(0, store->runSqlEx(sql), retryLines(2, std::to_string(ENOENT), text, sql));
+        EXPECT_EQ(3, function.calls());
+    }
 }
 
-TEST(Retry, OtherTextsWithAnotherErrnoAreFinal)
+LOGGED_TEST(Retry, OtherTextsWithAnotherErrnoAreFinal)
 {
-    forEachLogMode(
-        []
-        {
-            for (const char* const text : {"database table is locked", "database schema is locked: main",
-                                           "Database is locked", "database is lock", "disk I/O error", ""})
-            {
-                Store store(members);
-                const FailingFunction function(store.db(), 1, text, ENOENT);
-                const SleepWatch watch(SleepWatch::Pause::Skipped);
-                const std::string sql = "SELECT fails()";
-                EXPECT_EQ(
-                    -1, logged(finalLines(0, std::to_string(ENOENT), text, sql), [&] { return store->runSqlEx(sql); }));
-                EXPECT_EQ(1, function.calls());
-                EXPECT_TRUE(watch.pauses().empty());
-            }
-        });
+    for (const char* const text : {"database table is locked", "database schema is locked: main", "Database is locked",
+                                   "database is lock", "disk I/O error", ""})
+    {
+        Store store(members);
+        const FailingFunction function(store.db(), 1, text, ENOENT);
+        const SleepWatch watch(SleepWatch::Pause::Skipped);
+        const std::string sql = "SELECT fails()";
+        EXPECT_LOGS(-1, store->runSqlEx(sql), finalLines(0, std::to_string(ENOENT), text, sql));
+        EXPECT_EQ(1, function.calls());
+        EXPECT_TRUE(watch.pauses().empty());
+    }
 }
 
-TEST(Retry, ErrnoIsResetBeforeEveryAttempt)
+LOGGED_TEST(Retry, ErrnoIsResetBeforeEveryAttempt)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(members);
-            const SleepWatch watch(SleepWatch::Pause::Skipped, [](int) { errno = EAGAIN; });
-            const FailingFunction function(store.db(), 1, "database is locked", EAGAIN);
-            const std::string sql = "SELECT fails() FROM missing";
-            const std::string text = "no such table: missing";
-            errno = EAGAIN;
-            EXPECT_EQ(-1, logged(finalLines(0, "0", text, sql), [&] { return store->runSqlEx(sql); }));
-            EXPECT_TRUE(watch.pauses().empty());
+    Store store(members);
+    const SleepWatch watch(SleepWatch::Pause::Skipped, [](int) { errno = EAGAIN; });
+    const FailingFunction function(store.db(), 1, "database is locked", EAGAIN);
+    const std::string sql = "SELECT fails() FROM missing";
+    const std::string text = "no such table: missing";
+    errno = EAGAIN;
+    EXPECT_LOGS(-1, store->runSqlEx(sql), finalLines(0, "0", text, sql));
+    EXPECT_TRUE(watch.pauses().empty());
 
-            // The text changes from locked to final between two attempts, while the pause leaves errno at 11.
-            struct Changing
-            {
-                int calls = 0;
-            } changing;
-            const auto change = [](sqlite3_context* context, int, sqlite3_value**)
-            {
-                auto& state = *static_cast<Changing*>(sqlite3_user_data(context));
-                sqlite3_result_error(context, state.calls++ == 0 ? "database is locked" : "broken", -1);
-            };
-            sqlite3_create_function(store.db().handle(), "changes_text", 0, SQLITE_UTF8, &changing, change, nullptr,
-                                    nullptr);
-            const std::string changingSql = "SELECT changes_text()";
-            EXPECT_EQ(-1, logged(retryLines(1, "0", "database is locked", changingSql) +
-                                     finalLines(1, "0", "broken", changingSql),
-                                 [&] { return store->runSqlEx(changingSql); }));
-            EXPECT_EQ(2, changing.calls);
-        });
+    // The text changes from locked to final between two attempts, while the pause leaves errno at 11.
+    struct Changing
+    {
+        int calls = 0;
+    } changing;
+    const auto change = [](sqlite3_context* context, int, sqlite3_value**)
+    {
+        auto& state = *static_cast<Changing*>(sqlite3_user_data(context));
+        sqlite3_result_error(context, state.calls++ == 0 ? "database is locked" : "broken", -1);
+    };
+    sqlite3_create_function(store.db().handle(), "changes_text", 0, SQLITE_UTF8, &changing, change, nullptr, nullptr);
+    const std::string changingSql = "SELECT changes_text()";
+    EXPECT_LOGS(-1, store->runSqlEx(changingSql), retryLines(1, "0", "database is locked", changingSql),
+                finalLines(1, "0", "broken", changingSql));
+    EXPECT_EQ(2, changing.calls);
 }
 
 TEST(Retry, TheWholeTextRunsAgain)
@@ -296,8 +275,7 @@ TEST(Retry, TheWholeTextRunsAgain)
     Store store(members);
     const FailingFunction function(store.db(), 2, "database is locked", 0);
     const SleepWatch watch(SleepWatch::Pause::Skipped);
-    EXPECT_EQ(
-        1, logged({}, [&] { return store->runSqlEx("INSERT INTO " + store.name() + " VALUES (1);SELECT fails()"); }));
+    EXPECT_SILENT(1, store->runSqlEx("INSERT INTO " + store.name() + " VALUES (1);SELECT fails()"));
     EXPECT_EQ((std::vector<std::string>{"1", "1", "1"}), store.rows());
 }
 
@@ -308,11 +286,8 @@ TEST(Retry, RowsOfAFailedAttemptStayInTheResult)
     const FailingFunction function(store.db(), 1, "database is locked", 0);
     const SleepWatch watch(SleepWatch::Pause::Skipped);
     Json::Value rows;
-    EXPECT_EQ(0, logged({},
-                        [&] {
-                            return store->runSqlEx("SELECT 1 AS age UNION ALL SELECT fails()",
-                                                   VornJsonDbApi::DbCallBackFillList, &rows);
-                        }));
+    EXPECT_SILENT(
+        0, store->runSqlEx("SELECT 1 AS age UNION ALL SELECT fails()", VornJsonDbApi::DbCallBackFillList, &rows));
     EXPECT_EQ(json(R"([{"age": 1}, {"age": 1}, {"age": 1}])"), rows);
 }
 
@@ -322,16 +297,14 @@ TEST(Retry, AFailureAfterFiveHundredAttemptsIsKeptInTheErrorText)
     const FailingFunction function(store.db(), 1000, "database is locked", 0);
     const SleepWatch watch(SleepWatch::Pause::Skipped);
     const std::string sql = "SELECT fails()";
-    EXPECT_EQ(-1, logged(finalLines(500, "0", "database is locked", sql), [&] { return store->runSqlEx(sql); }));
+    EXPECT_LOGS(-1, store->runSqlEx(sql), finalLines(500, "0", "database is locked", sql));
     EXPECT_EQ(500, function.calls());
 
     // A save that fails before any statement runs shows the text that is still held.
     Json::Value record = json(R"({"age": 1})");
-    EXPECT_EQ(-1,
-              logged({error("cannot support this type=time_t"), failed("0 > SqlExpandMemberSymbol(strSql, jRecInOut)"),
-                      trace(R"(blCreate=1, jRecInOut={"age":1})"), trace(R"(jType={"age":{"cpptype":"time_t"}})"),
-                      trace("sql error, err=database is locked, sql=<any>")},
-                     [&] { return store->recSave(record, true); }));
+    EXPECT_LOGS(-1, store->recSave(record, true), error("cannot support this type=time_t"),
+                failed("0 > SqlExpandMemberSymbol(strSql, jRecInOut)"), trace(R"(blCreate=1, jRecInOut={"age":1})"),
+                trace(R"(jType={"age":{"cpptype":"time_t"}})"), trace("sql error, err=database is locked, sql=<any>"));
 }
 
 // A callback that throws on a locked attempt's row cannot be reached again: the exception ends the run.

@@ -31,7 +31,7 @@ protected:
     Json::Value query(const std::string& sql)
     {
         Json::Value out;
-        EXPECT_EQ(0, logged({}, [&] { return store->runSqlEx(sql, VornJsonDbApi::DbCallBackFillList, &out); }));
+        EXPECT_SILENT(0, store->runSqlEx(sql, VornJsonDbApi::DbCallBackFillList, &out));
         return out;
     }
 };
@@ -103,7 +103,7 @@ TEST_F(RowShapes, MemberWhoseNameHoldsANulIsNoColumn)
         ExpectedLines{failed("!jType.isMember(strName)"), failed(fieldFails), failed(recordFails)} +
         refusedBySqlite("query aborted", sql);
     Json::Value out;
-    EXPECT_EQ(-1, logged(lines, [&] { return api.runSqlEx(sql, VornJsonDbApi::DbCallBackFillList, &out); }));
+    EXPECT_LOGS(-1, api.runSqlEx(sql, VornJsonDbApi::DbCallBackFillList, &out), lines);
 }
 
 TEST_F(RowShapes, ColumnWithoutANameFails)
@@ -118,12 +118,11 @@ TEST_F(RowShapes, ColumnWithoutANameFails)
         {
             char* firstIsNull[] = {nullptr, a, b};
             Json::Value record;
-            EXPECT_EQ(-1, logged({failed("NULL == column_name[i]")},
-                                 [&] { return VornJsonDbApi::DbCallBackFillRec(&record, 3, values, firstIsNull); }));
+            EXPECT_LOGS(-1, VornJsonDbApi::DbCallBackFillRec(&record, 3, values, firstIsNull),
+                        failed("NULL == column_name[i]"));
             char* lastIsNull[] = {a, b, nullptr};
-            EXPECT_EQ(-1, logged({failed("NULL == column_name[i]"), trace("column_name[2]=(null)"),
-                                  trace("column_value[2]=7")},
-                                 [&] { return VornJsonDbApi::DbCallBackFillRec(&record, 3, values, lastIsNull); }));
+            EXPECT_LOGS(-1, VornJsonDbApi::DbCallBackFillRec(&record, 3, values, lastIsNull),
+                        failed("NULL == column_name[i]"), trace("column_name[2]=(null)"), trace("column_value[2]=7"));
         });
 }
 
@@ -158,9 +157,8 @@ TEST_F(RowShapes, RecordOfTheCallerKeepsItsOtherMembers)
     for (const char* const kept : {"[]", "1", R"("x")"})
     {
         Json::Value record = json(kept);
-        EXPECT_EQ(-1, logged({failed("jRec.type() != Json::objectValue && jRec.type() != Json::nullValue"),
-                              failed(fieldFails)},
-                             [&] { return VornJsonDbApi::DbCallBackFillRec(&record, 3, values, columns); }));
+        EXPECT_LOGS(-1, VornJsonDbApi::DbCallBackFillRec(&record, 3, values, columns),
+                    failed("jRec.type() != Json::objectValue && jRec.type() != Json::nullValue"), failed(fieldFails));
         EXPECT_EQ(json(kept), record);
         // Without columns nothing is looked at.
         EXPECT_EQ(0, VornJsonDbApi::DbCallBackFillRec(&record, 0, values, columns));

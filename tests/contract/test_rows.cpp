@@ -177,8 +177,7 @@ TEST(Rows, EveryTypeConvertsTheTextOfItsColumn)
             ++tried;
             Row row{{"m", conversion.text}};
             Json::Value record;
-            EXPECT_EQ(0, logged({}, [&]
-                                { return VornJsonDbApi::DbCallBackFillField(record, row.names(), row.values(), 0); }));
+            EXPECT_SILENT(0, VornJsonDbApi::DbCallBackFillField(record, row.names(), row.values(), 0));
             ASSERT_TRUE(record.isMember("m"));
             EXPECT_EQ(conversion.expected.type(), record["m"].type());
             EXPECT_EQ(conversion.expected, record["m"]);
@@ -193,215 +192,164 @@ TEST(Rows, TextNestedTooDeepForTheReaderIsNull)
     makeCurrent(store);
     const std::string text = std::string(5000, '[') + std::string(5000, ']');
     Json::Value rows;
-    EXPECT_EQ(0, logged({}, [&] { return fillList(rows, Row{{"m", text.c_str()}}); }));
+    EXPECT_SILENT(0, fillList(rows, Row{{"m", text.c_str()}}));
     EXPECT_EQ(json(R"([{"m": null}])"), rows);
 }
 
-TEST(Rows, OtherTypesFailTheQueryThatReturnsThem)
+LOGGED_TEST(Rows, OtherTypesFailTheQueryThatReturnsThem)
 {
-    forEachLogMode(
-        []
-        {
-            for (const std::string type : {"long", "unsigned long", "unsigned", "float", "double", "uid_t", "time_t",
-                                           "", "INT", "integer", "Json::nullValue", "100%s", "bool "})
-            {
-                Store store(R"({"m": {"cpptype": ")" + type + R"("}})");
-                makeCurrent(store);
-                Row row{{"m", "1"}};
-                Json::Value record;
-                EXPECT_EQ(-1,
-                          logged({error("type error, strType=" + type)}, [&]
-                                 { return VornJsonDbApi::DbCallBackFillField(record, row.names(), row.values(), 0); }));
-                EXPECT_FALSE(record.isMember("m"));
-            }
-        });
+    for (const std::string type : {"long", "unsigned long", "unsigned", "float", "double", "uid_t", "time_t", "", "INT",
+                                   "integer", "Json::nullValue", "100%s", "bool "})
+    {
+        Store store(R"({"m": {"cpptype": ")" + type + R"("}})");
+        makeCurrent(store);
+        Row row{{"m", "1"}};
+        Json::Value record;
+        EXPECT_LOGS(-1, VornJsonDbApi::DbCallBackFillField(record, row.names(), row.values(), 0),
+                    error("type error, strType=" + type));
+        EXPECT_FALSE(record.isMember("m"));
+    }
 }
 
-TEST(Rows, ASqlNullLeavesTheMemberOutWhateverItsType)
+LOGGED_TEST(Rows, ASqlNullLeavesTheMemberOutWhateverItsType)
 {
-    forEachLogMode(
-        []
-        {
-            for (const std::string type :
-                 {"string", "int", "unsigned int", "long long", "unsigned long long", "Json::Value",
-                  "Json::objectValue", "Json::arrayValue", "bool", "double", "time_t", "unknown"})
-            {
-                Store store(R"({"m": {"cpptype": ")" + type + R"("}})");
-                makeCurrent(store);
-                Json::Value rows;
-                EXPECT_EQ(0, logged({}, [&] { return fillList(rows, Row{{"m", nullptr}}); }));
-                EXPECT_EQ(json("[{}]"), rows);
-            }
-        });
+    for (const std::string type : {"string", "int", "unsigned int", "long long", "unsigned long long", "Json::Value",
+                                   "Json::objectValue", "Json::arrayValue", "bool", "double", "time_t", "unknown"})
+    {
+        Store store(R"({"m": {"cpptype": ")" + type + R"("}})");
+        makeCurrent(store);
+        Json::Value rows;
+        EXPECT_SILENT(0, fillList(rows, Row{{"m", nullptr}}));
+        EXPECT_EQ(json("[{}]"), rows);
+    }
 }
 
-TEST(Rows, AFieldNeedsAnObjectOrNull)
+LOGGED_TEST(Rows, AFieldNeedsAnObjectOrNull)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(R"({"m": {"cpptype": "int"}})");
-            makeCurrent(store);
-            Row row{{"m", "1"}};
-            for (const char* const text : {"[]", "[1]", "5", "1.5", "true", "\"x\""})
-            {
-                Json::Value record = json(text);
-                EXPECT_EQ(-1,
-                          logged({failed("jRec.type() != Json::objectValue && jRec.type() != Json::nullValue")}, [&]
-                                 { return VornJsonDbApi::DbCallBackFillField(record, row.names(), row.values(), 0); }));
-                EXPECT_EQ(json(text), record);
-            }
-            Json::Value record = json(R"({"other": 2, "m": 0})");
-            EXPECT_EQ(0, logged({}, [&]
-                                { return VornJsonDbApi::DbCallBackFillField(record, row.names(), row.values(), 0); }));
-            EXPECT_EQ(json(R"({"other": 2, "m": 1})"), record);
-        });
+    Store store(R"({"m": {"cpptype": "int"}})");
+    makeCurrent(store);
+    Row row{{"m", "1"}};
+    for (const char* const text : {"[]", "[1]", "5", "1.5", "true", "\"x\""})
+    {
+        Json::Value record = json(text);
+        EXPECT_LOGS(-1, VornJsonDbApi::DbCallBackFillField(record, row.names(), row.values(), 0),
+                    failed("jRec.type() != Json::objectValue && jRec.type() != Json::nullValue"));
+        EXPECT_EQ(json(text), record);
+    }
+    Json::Value record = json(R"({"other": 2, "m": 0})");
+    EXPECT_SILENT(0, VornJsonDbApi::DbCallBackFillField(record, row.names(), row.values(), 0));
+    EXPECT_EQ(json(R"({"other": 2, "m": 1})"), record);
 }
 
-TEST(Rows, AnUndeclaredColumnFails)
+LOGGED_TEST(Rows, AnUndeclaredColumnFails)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(R"({"m": {"cpptype": "int"}})");
-            makeCurrent(store);
-            for (const char* const name : {"M", "rowid", "count(*)", "m ", "", "100%s"})
-            {
-                Row row{{name, nullptr}};
-                Json::Value record;
-                EXPECT_EQ(-1,
-                          logged({failed("!jType.isMember(strName)")}, [&]
-                                 { return VornJsonDbApi::DbCallBackFillField(record, row.names(), row.values(), 0); }));
-                EXPECT_TRUE(record.isNull());
-            }
-        });
+    Store store(R"({"m": {"cpptype": "int"}})");
+    makeCurrent(store);
+    for (const char* const name : {"M", "rowid", "count(*)", "m ", "", "100%s"})
+    {
+        Row row{{name, nullptr}};
+        Json::Value record;
+        EXPECT_LOGS(-1, VornJsonDbApi::DbCallBackFillField(record, row.names(), row.values(), 0),
+                    failed("!jType.isMember(strName)"));
+        EXPECT_TRUE(record.isNull());
+    }
 }
 
-TEST(Rows, ARecordNeedsBothColumnArrays)
+LOGGED_TEST(Rows, ARecordNeedsBothColumnArrays)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(R"({"m": {"cpptype": "int"}})");
-            makeCurrent(store);
-            Row row{{"m", "1"}};
-            Json::Value record(Json::objectValue);
-            const ExpectedLines lines = {failed("NULL == column_name || NULL == column_value")};
-            for (const int count : {0, 1})
-            {
-                EXPECT_EQ(
-                    -1, logged(lines,
-                               [&] { return VornJsonDbApi::DbCallBackFillRec(&record, count, nullptr, row.names()); }));
-                EXPECT_EQ(-1,
-                          logged(lines, [&]
-                                 { return VornJsonDbApi::DbCallBackFillRec(&record, count, row.values(), nullptr); }));
-                EXPECT_EQ(-1, logged(lines, [&]
-                                     { return VornJsonDbApi::DbCallBackFillRec(&record, count, nullptr, nullptr); }));
-            }
-            EXPECT_EQ(json("{}"), record);
-        });
+    Store store(R"({"m": {"cpptype": "int"}})");
+    makeCurrent(store);
+    Row row{{"m", "1"}};
+    Json::Value record(Json::objectValue);
+    const ExpectedLines lines = {failed("NULL == column_name || NULL == column_value")};
+    for (const int count : {0, 1})
+    {
+        EXPECT_LOGS(-1, VornJsonDbApi::DbCallBackFillRec(&record, count, nullptr, row.names()), lines);
+        EXPECT_LOGS(-1, VornJsonDbApi::DbCallBackFillRec(&record, count, row.values(), nullptr), lines);
+        EXPECT_LOGS(-1, VornJsonDbApi::DbCallBackFillRec(&record, count, nullptr, nullptr), lines);
+    }
+    EXPECT_EQ(json("{}"), record);
 }
 
-TEST(Rows, ARowWithoutColumnsIsAnEmptyObject)
+LOGGED_TEST(Rows, ARowWithoutColumnsIsAnEmptyObject)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(R"({"m": {"cpptype": "int"}})");
-            makeCurrent(store);
-            Row row{{"m", "1"}};
-            for (const int count : {0, -1})
-            {
-                Json::Value rows;
-                EXPECT_EQ(
-                    0, logged({}, [&]
-                              { return VornJsonDbApi::DbCallBackFillList(&rows, count, row.values(), row.names()); }));
-                EXPECT_EQ(json("[{}]"), rows);
-            }
-        });
+    Store store(R"({"m": {"cpptype": "int"}})");
+    makeCurrent(store);
+    Row row{{"m", "1"}};
+    for (const int count : {0, -1})
+    {
+        Json::Value rows;
+        EXPECT_SILENT(0, VornJsonDbApi::DbCallBackFillList(&rows, count, row.values(), row.names()));
+        EXPECT_EQ(json("[{}]"), rows);
+    }
 }
 
 // A failure at the first column shows no column lines; at a later one it does.
-TEST(Rows, AFailingColumnIsShownUnlessItIsTheFirst)
+LOGGED_TEST(Rows, AFailingColumnIsShownUnlessItIsTheFirst)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(R"({"a": {"cpptype": "int"}, "b": {"cpptype": "string"}, "c": {"cpptype": "double"}})");
-            makeCurrent(store);
-            struct Case
-            {
-                Row row;
-                ExpectedLines lines;
-            } cases[] = {
-                {Row{{"x", "1"}, {"a", "2"}}, {failed("!jType.isMember(strName)"), failed(fieldCall), failed(recCall)}},
-                {Row{{"c", "1.5"}, {"a", "2"}},
-                 {error("type error, strType=double"), failed(fieldCall), failed(recCall)}},
-                {Row{{nullptr, "1"}, {"a", "2"}}, {failed("NULL == column_name[i]"), failed(recCall)}},
-                {Row{{"a", "1"}, {"x", "5 %s"}},
-                 {failed("!jType.isMember(strName)"), failed(fieldCall), trace("column_name[1]=x"),
-                  trace("column_value[1]=5 %s"), failed(recCall)}},
-                {Row{{"a", "1"}, {"b", nullptr}, {"x", nullptr}, {"y", "1"}},
-                 {failed("!jType.isMember(strName)"), failed(fieldCall), trace("column_name[2]=x"),
-                  trace("column_value[2]=(null)"), failed(recCall)}},
-                {Row{{"a", "1"}, {"b", "x"}, {"c", "2.5"}},
-                 {error("type error, strType=double"), failed(fieldCall), trace("column_name[2]=c"),
-                  trace("column_value[2]=2.5"), failed(recCall)}},
-                {Row{{"a", "1"}, {"b", "x"}, {nullptr, "lost"}},
-                 {failed("NULL == column_name[i]"), trace("column_name[2]=(null)"), trace("column_value[2]=lost"),
-                  failed(recCall)}},
-            };
-            for (Case& each : cases)
-            {
-                Json::Value rows = json(R"([{"a": 9}])");
-                EXPECT_EQ(-1, logged(each.lines, [&] { return fillList(rows, each.row); }));
-                EXPECT_EQ(json(R"([{"a": 9}])"), rows);
-            }
-        });
+    Store store(R"({"a": {"cpptype": "int"}, "b": {"cpptype": "string"}, "c": {"cpptype": "double"}})");
+    makeCurrent(store);
+    struct Case
+    {
+        Row row;
+        ExpectedLines lines;
+    } cases[] = {
+        {Row{{"x", "1"}, {"a", "2"}}, {failed("!jType.isMember(strName)"), failed(fieldCall), failed(recCall)}},
+        {Row{{"c", "1.5"}, {"a", "2"}}, {error("type error, strType=double"), failed(fieldCall), failed(recCall)}},
+        {Row{{nullptr, "1"}, {"a", "2"}}, {failed("NULL == column_name[i]"), failed(recCall)}},
+        {Row{{"a", "1"}, {"x", "5 %s"}},
+         {failed("!jType.isMember(strName)"), failed(fieldCall), trace("column_name[1]=x"),
+          trace("column_value[1]=5 %s"), failed(recCall)}},
+        {Row{{"a", "1"}, {"b", nullptr}, {"x", nullptr}, {"y", "1"}},
+         {failed("!jType.isMember(strName)"), failed(fieldCall), trace("column_name[2]=x"),
+          trace("column_value[2]=(null)"), failed(recCall)}},
+        {Row{{"a", "1"}, {"b", "x"}, {"c", "2.5"}},
+         {error("type error, strType=double"), failed(fieldCall), trace("column_name[2]=c"),
+          trace("column_value[2]=2.5"), failed(recCall)}},
+        {Row{{"a", "1"}, {"b", "x"}, {nullptr, "lost"}},
+         {failed("NULL == column_name[i]"), trace("column_name[2]=(null)"), trace("column_value[2]=lost"),
+          failed(recCall)}},
+    };
+    for (Case& each : cases)
+    {
+        Json::Value rows = json(R"([{"a": 9}])");
+        EXPECT_LOGS(-1, fillList(rows, each.row), each.lines);
+        EXPECT_EQ(json(R"([{"a": 9}])"), rows);
+    }
 }
 
-TEST(Rows, AListNeedsAnArrayOrNull)
+LOGGED_TEST(Rows, AListNeedsAnArrayOrNull)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(R"({"m": {"cpptype": "int"}})");
-            makeCurrent(store);
-            Row row{{"m", "1"}};
-            EXPECT_EQ(-1, logged({failed("!pjRecArray")}, [&]
-                                 { return VornJsonDbApi::DbCallBackFillList(nullptr, 1, row.values(), row.names()); }));
-            for (const char* const text : {"{}", R"({"m": 1})", "5", "true", "\"x\""})
-            {
-                Json::Value rows = json(text);
-                EXPECT_EQ(-1, logged({failed("pjRecArray->type() != Json::arrayValue && pjRecArray->type() != "
-                                             "Json::nullValue")},
-                                     [&] { return fillList(rows, row); }));
-                EXPECT_EQ(json(text), rows);
-            }
-            Json::Value rows;
-            EXPECT_EQ(0, logged({}, [&] { return fillList(rows, row); }));
-            EXPECT_EQ(0, logged({}, [&] { return fillList(rows, row); }));
-            EXPECT_EQ(json(R"([{"m": 1}, {"m": 1}])"), rows);
-        });
+    Store store(R"({"m": {"cpptype": "int"}})");
+    makeCurrent(store);
+    Row row{{"m", "1"}};
+    EXPECT_LOGS(-1, VornJsonDbApi::DbCallBackFillList(nullptr, 1, row.values(), row.names()), failed("!pjRecArray"));
+    for (const char* const text : {"{}", R"({"m": 1})", "5", "true", "\"x\""})
+    {
+        Json::Value rows = json(text);
+        EXPECT_LOGS(-1, fillList(rows, row),
+                    failed("pjRecArray->type() != Json::arrayValue && pjRecArray->type() != "
+                           "Json::nullValue"));
+        EXPECT_EQ(json(text), rows);
+    }
+    Json::Value rows;
+    EXPECT_SILENT(0, fillList(rows, row));
+    EXPECT_SILENT(0, fillList(rows, row));
+    EXPECT_EQ(json(R"([{"m": 1}, {"m": 1}])"), rows);
 }
 
-TEST(Rows, AQueryThatReturnsTheRowidFails)
+LOGGED_TEST(Rows, AQueryThatReturnsTheRowidFails)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(R"({"m": {"cpptype": "int"}})");
-            makeCurrent(store);
-            ASSERT_EQ(SQLITE_OK, store.db().run("INSERT INTO " + store.name() + " VALUES (5)"));
-            const std::string sql = "SELECT m,rowid FROM " + store.name();
-            Json::Value rows;
-            EXPECT_EQ(-1, logged({failed("!jType.isMember(strName)"), failed(fieldCall), trace("column_name[1]=rowid"),
-                                  trace("column_value[1]=1"), failed(recCall),
-                                  trace("i=0,errno=<number>, run sql failed, error=query aborted, sql=" + sql),
-                                  debug("run sql fail, err=query aborted")},
-                                 [&] { return store->runSqlEx(sql, VornJsonDbApi::DbCallBackFillList, &rows); }));
-            EXPECT_TRUE(rows.isNull());
-        });
+    Store store(R"({"m": {"cpptype": "int"}})");
+    makeCurrent(store);
+    ASSERT_EQ(SQLITE_OK, store.db().run("INSERT INTO " + store.name() + " VALUES (5)"));
+    const std::string sql = "SELECT m,rowid FROM " + store.name();
+    Json::Value rows;
+    EXPECT_LOGS(-1, store->runSqlEx(sql, VornJsonDbApi::DbCallBackFillList, &rows), failed("!jType.isMember(strName)"),
+                failed(fieldCall), trace("column_name[1]=rowid"), trace("column_value[1]=1"), failed(recCall),
+                trace("i=0,errno=<number>, run sql failed, error=query aborted, sql=" + sql),
+                debug("run sql fail, err=query aborted"));
+    EXPECT_TRUE(rows.isNull());
 }
 
 TEST(Rows, RowsBeforeAFailingRowStay)
@@ -410,10 +358,9 @@ TEST(Rows, RowsBeforeAFailingRowStay)
     makeCurrent(store);
     const std::string sql = "SELECT 1 AS m, NULL AS d UNION ALL SELECT 2, 2.5 UNION ALL SELECT 3, NULL";
     Json::Value rows = json(R"([{"m": 0}])");
-    EXPECT_EQ(-1, logged({error("type error, strType=double"), failed(fieldCall), trace("column_name[1]=d"),
-                          trace("column_value[1]=2.5"), failed(recCall),
-                          trace("i=0,errno=<number>, run sql failed, error=query aborted, sql=" + sql)},
-                         [&] { return store->runSqlEx(sql, VornJsonDbApi::DbCallBackFillList, &rows); }));
+    EXPECT_LOGS(-1, store->runSqlEx(sql, VornJsonDbApi::DbCallBackFillList, &rows), error("type error, strType=double"),
+                failed(fieldCall), trace("column_name[1]=d"), trace("column_value[1]=2.5"), failed(recCall),
+                trace("i=0,errno=<number>, run sql failed, error=query aborted, sql=" + sql));
     EXPECT_EQ(json(R"([{"m": 0}, {"m": 1}])"), rows);
 }
 
@@ -423,35 +370,29 @@ TEST(Rows, AWrongContextStopsTheQuery)
     makeCurrent(store);
     const std::string sql = "SELECT 1 AS m";
     const ExpectedLine aborted = trace("i=0,errno=<number>, run sql failed, error=query aborted, sql=" + sql);
-    EXPECT_EQ(-1, logged({failed("!pjRecArray"), aborted},
-                         [&] { return store->runSqlEx(sql, VornJsonDbApi::DbCallBackFillList, nullptr); }));
+    EXPECT_LOGS(-1, store->runSqlEx(sql, VornJsonDbApi::DbCallBackFillList, nullptr), failed("!pjRecArray"), aborted);
     Json::Value object(Json::objectValue);
-    EXPECT_EQ(
-        -1, logged({failed("pjRecArray->type() != Json::arrayValue && pjRecArray->type() != Json::nullValue"), aborted},
-                   [&] { return store->runSqlEx(sql, VornJsonDbApi::DbCallBackFillList, &object); }));
+    EXPECT_LOGS(-1, store->runSqlEx(sql, VornJsonDbApi::DbCallBackFillList, &object),
+                failed("pjRecArray->type() != Json::arrayValue && pjRecArray->type() != Json::nullValue"), aborted);
 }
 
-TEST(Rows, AQueryBeforeAnyOperationFindsNoTypes)
+LOGGED_TEST(Rows, AQueryBeforeAnyOperationFindsNoTypes)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(R"({"m": {"cpptype": "int"}})");
-            const std::string sql = "SELECT 1 AS m";
-            const ExpectedLines end = {failed("!jType.isMember(strName)"), failed(fieldCall), failed(recCall),
-                                       trace("i=0,errno=<number>, run sql failed, error=query aborted, sql=" + sql),
-                                       debug("run sql fail, err=query aborted")};
-            Json::Value rows;
-            const auto query = [&] { return store->runSqlEx(sql, VornJsonDbApi::DbCallBackFillList, &rows); };
-            const ExpectedLines details = {inUtil(trace("strJsonName=" + store.name())),
-                                           inUtil(trace("jTableDef=null")), inUtil(trace("jType=<any>"))};
-            EXPECT_EQ(-1, logged(ExpectedLines{inUtil(failed("jTableDef.empty()"))} + details + end, query));
-            // From now on the name is known as one without types, also for the object's own definition.
-            EXPECT_EQ(-1, logged(ExpectedLines{inUtil(failed("jType[strJsonName].type() != Json::objectValue"))} +
-                                     details + end,
-                                 query));
-            EXPECT_TRUE(rows.isNull());
-        });
+    Store store(R"({"m": {"cpptype": "int"}})");
+    const std::string sql = "SELECT 1 AS m";
+    const ExpectedLines end = {failed("!jType.isMember(strName)"), failed(fieldCall), failed(recCall),
+                               trace("i=0,errno=<number>, run sql failed, error=query aborted, sql=" + sql),
+                               debug("run sql fail, err=query aborted")};
+    Json::Value rows;
+    const auto query = [&] { return store->runSqlEx(sql, VornJsonDbApi::DbCallBackFillList, &rows); };
+    const ExpectedLines details = {inUtil(trace("strJsonName=" + store.name())), inUtil(trace("jTableDef=null")),
+                                   inUtil(trace("jType=<any>"))};
+    EXPECT_EQ(-1, logged(ExpectedLines{inUtil(failed("jTableDef.empty()"))} + details + end, query));
+    // From now on the name is known as one without types, also for the object's own definition.
+    EXPECT_EQ(
+        -1,
+        logged(ExpectedLines{inUtil(failed("jType[strJsonName].type() != Json::objectValue"))} + details + end, query));
+    EXPECT_TRUE(rows.isNull());
 }
 
 TEST(Rows, EveryQueryUsesTheTypesOfItsOwnObjectsTable)
@@ -463,8 +404,7 @@ TEST(Rows, EveryQueryUsesTheTypesOfItsOwnObjectsTable)
     Json::Value rows;
     for (Store* const store : {&numbers, &texts, &numbers})
     {
-        EXPECT_EQ(0, logged({}, [&]
-                            { return (*store)->runSqlEx("SELECT 7 AS m", VornJsonDbApi::DbCallBackFillList, &rows); }));
+        EXPECT_SILENT(0, (*store)->runSqlEx("SELECT 7 AS m", VornJsonDbApi::DbCallBackFillList, &rows));
     }
     EXPECT_EQ(json(R"([{"m": 7}, {"m": "7"}, {"m": 7}])"), rows);
 }
@@ -475,6 +415,6 @@ TEST(Rows, AnUnsignedNumberBeyondTheSignedRangeIsNotWhatWasStored)
     Json::Value record(Json::objectValue);
     record["m"] = Json::Value(Json::UInt64{18446744073709551615ULL});
     // The literal is a real number to SQLite, whose text starts with "1.".
-    EXPECT_EQ(0, logged({}, [&] { return store->recSave(record, true); }));
+    EXPECT_SILENT(0, store->recSave(record, true));
     EXPECT_EQ(json(R"({"m": 1})"), record);
 }

@@ -69,7 +69,7 @@ TEST_F(SortAndPage, ClausesComeInAFixedOrder)
     for (const Clause& clause : clauses)
     {
         out = "before";
-        EXPECT_EQ(0, logged({}, [&] { return write(clause.filter); }));
+        EXPECT_SILENT(0, write(clause.filter));
         EXPECT_EQ(std::string("before") + clause.text, out) << clause.filter;
     }
 }
@@ -91,42 +91,34 @@ TEST_F(SortAndPage, LimitAndOffsetAreWrittenUncheckedAsJson)
     for (const Clause& clause : clauses)
     {
         out = "before";
-        EXPECT_EQ(0, logged({}, [&] { return write(clause.filter); }));
+        EXPECT_SILENT(0, write(clause.filter));
         EXPECT_EQ(std::string("before") + clause.text, out) << clause.filter;
     }
 }
 
-TEST_F(SortAndPage, FilterThatIsNoObjectIsRefused)
+LOGGED_TEST_F(SortAndPage, FilterThatIsNoObjectIsRefused)
 {
-    forEachLogMode(
-        [&]
-        {
-            for (const char* const filter : {"[]", R"(["sort_by"])", "1", "2.5", "true", R"("sort_by")"})
-            {
-                EXPECT_EQ(-1,
-                          logged({failed("jFilter.type() != Json::objectValue && jFilter.type() != Json::nullValue")},
-                                 [&] { return write(filter); }));
-            }
-        });
+    for (const char* const filter : {"[]", R"(["sort_by"])", "1", "2.5", "true", R"("sort_by")"})
+    {
+        EXPECT_LOGS(-1, write(filter),
+                    failed("jFilter.type() != Json::objectValue && jFilter.type() != Json::nullValue"));
+    }
+
     EXPECT_EQ("before", out);
 }
 
-TEST_F(SortAndPage, WithoutMemoryTheOrderFailsAndNothingIsAppended)
+LOGGED_TEST_F(SortAndPage, WithoutMemoryTheOrderFailsAndNothingIsAppended)
 {
-    forEachLogMode(
-        [&]
-        {
-            const NoSqliteMemory noMemory;
-            EXPECT_EQ(-1, logged({failed("!szSql")}, [&]
-                                 { return write(R"({"sort_by": "name", "sort_direction": "desc", "limit": 1})"); }));
-        });
+    const NoSqliteMemory noMemory;
+    EXPECT_LOGS(-1, write(R"({"sort_by": "name", "sort_direction": "desc", "limit": 1})"), failed("!szSql"));
+
     EXPECT_EQ("before", out);
 }
 
 TEST_F(SortAndPage, PagingNeedsNoFormatterMemory)
 {
     const NoSqliteMemory noMemory;
-    EXPECT_EQ(0, logged({}, [&] { return write(R"({"limit": 1, "offset": 2})"); }));
+    EXPECT_SILENT(0, write(R"({"limit": 1, "offset": 2})"));
     EXPECT_EQ("before LIMIT 1 OFFSET 2", out);
 }
 

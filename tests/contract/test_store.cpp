@@ -43,168 +43,137 @@ bool hasTable(const Database& database, const std::string& name)
 
 }  // namespace
 
-TEST(Store, ConstructionCreatesTheTableSilently)
+LOGGED_TEST(Store, ConstructionCreatesTheTableSilently)
 {
-    forEachLogMode(
-        []
-        {
-            const Database database;
-            std::string name = freshTable();
-            Json::Value definition = definitionOf(name);
-            std::string create = createStatementOf(name);
-            logged({}, [&] { VornJsonDbApi(database.handle(), name, definition, create); });
-            EXPECT_TRUE(hasTable(database, name));
-            logged({}, [&] { VornJsonDbApi(database.handle(), name, definition, create); });
-        });
+    const Database database;
+    std::string name = freshTable();
+    Json::Value definition = definitionOf(name);
+    std::string create = createStatementOf(name);
+    logged({}, [&] { VornJsonDbApi(database.handle(), name, definition, create); });
+    EXPECT_TRUE(hasTable(database, name));
+    logged({}, [&] { VornJsonDbApi(database.handle(), name, definition, create); });
 }
 
 // Every combination of bad arguments writes one trace line per bad argument, in this order, and construction goes on.
-TEST(Store, EveryBadArgumentOfAConstructionIsLogged)
+LOGGED_TEST(Store, EveryBadArgumentOfAConstructionIsLogged)
 {
-    forEachLogMode(
-        []
+    for (int bad = 0; bad < 16; ++bad)
+    {
+        SCOPED_TRACE("combination " + std::to_string(bad));
+        const Database database;
+        const std::string table = freshTable();
+        sqlite3* const pDb = (bad & 1) != 0 ? nullptr : database.handle();
+        std::string name = (bad & 2) != 0 ? "" : table;
+        Json::Value definition = (bad & 4) != 0 ? Json::Value() : definitionOf(table);
+        std::string create = (bad & 8) != 0 ? "" : createStatementOf(table);
+
+        ExpectedLines expected;
+        if ((bad & 1) != 0)
         {
-            for (int bad = 0; bad < 16; ++bad)
-            {
-                SCOPED_TRACE("combination " + std::to_string(bad));
-                const Database database;
-                const std::string table = freshTable();
-                sqlite3* const pDb = (bad & 1) != 0 ? nullptr : database.handle();
-                std::string name = (bad & 2) != 0 ? "" : table;
-                Json::Value definition = (bad & 4) != 0 ? Json::Value() : definitionOf(table);
-                std::string create = (bad & 8) != 0 ? "" : createStatementOf(table);
+            expected.push_back(trace("Failed [!pDb]"));
+        }
+        if ((bad & 2) != 0)
+        {
+            expected.push_back(trace("Failed [strName.empty()]"));
+        }
+        if ((bad & 4) != 0)
+        {
+            expected.push_back(trace("Failed [jTableDef.empty()]"));
+        }
+        if ((bad & 8) != 0)
+        {
+            expected.push_back(trace("Failed [strSqlCreate.empty()]"));
+            expected.push_back(failed("0 >= strSql.length()"));
+        }
+        if ((bad & 9) != 0)
+        {
+            expected = expected + createFailure(create, "Unknow Error!!", "(null)") +
+                       ExpectedLines{failed("0 > tableCreate()")};
+        }
 
-                ExpectedLines expected;
-                if ((bad & 1) != 0)
-                {
-                    expected.push_back(trace("Failed [!pDb]"));
-                }
-                if ((bad & 2) != 0)
-                {
-                    expected.push_back(trace("Failed [strName.empty()]"));
-                }
-                if ((bad & 4) != 0)
-                {
-                    expected.push_back(trace("Failed [jTableDef.empty()]"));
-                }
-                if ((bad & 8) != 0)
-                {
-                    expected.push_back(trace("Failed [strSqlCreate.empty()]"));
-                    expected.push_back(failed("0 >= strSql.length()"));
-                }
-                if ((bad & 9) != 0)
-                {
-                    expected = expected + createFailure(create, "Unknow Error!!", "(null)") +
-                               ExpectedLines{failed("0 > tableCreate()")};
-                }
-
-                std::unique_ptr<VornJsonDbApi> api;
-                logged(expected, [&] { api = std::make_unique<VornJsonDbApi>(pDb, name, definition, create); });
-                EXPECT_EQ("", api->getErrMsg());
-                EXPECT_EQ((bad & 9) == 0, hasTable(database, table));
-            }
-        });
+        std::unique_ptr<VornJsonDbApi> api;
+        logged(expected, [&] { api = std::make_unique<VornJsonDbApi>(pDb, name, definition, create); });
+        EXPECT_EQ("", api->getErrMsg());
+        EXPECT_EQ((bad & 9) == 0, hasTable(database, table));
+    }
 }
 
-TEST(Store, ADefinitionWithoutMembersIsEmptyWhateverItsKind)
+LOGGED_TEST(Store, ADefinitionWithoutMembersIsEmptyWhateverItsKind)
 {
-    forEachLogMode(
-        []
-        {
-            for (const char* const text : {"null", "{}", "[]"})
-            {
-                const Database database;
-                std::string name = freshTable();
-                Json::Value definition = json(text);
-                std::string create = createStatementOf(name);
-                logged({trace("Failed [jTableDef.empty()]")},
-                       [&] { VornJsonDbApi(database.handle(), name, definition, create); });
-                EXPECT_TRUE(hasTable(database, name));
-            }
-            for (const char* const text : {"0", "\"\"", "false", "[1]"})
-            {
-                const Database database;
-                std::string name = freshTable();
-                Json::Value definition = json(text);
-                std::string create = createStatementOf(name);
-                logged({}, [&] { VornJsonDbApi(database.handle(), name, definition, create); });
-            }
-        });
+    for (const char* const text : {"null", "{}", "[]"})
+    {
+        const Database database;
+        std::string name = freshTable();
+        Json::Value definition = json(text);
+        std::string create = createStatementOf(name);
+        logged({trace("Failed [jTableDef.empty()]")},
+               [&] { VornJsonDbApi(database.handle(), name, definition, create); });
+        EXPECT_TRUE(hasTable(database, name));
+    }
+    for (const char* const text : {"0", "\"\"", "false", "[1]"})
+    {
+        const Database database;
+        std::string name = freshTable();
+        Json::Value definition = json(text);
+        std::string create = createStatementOf(name);
+        logged({}, [&] { VornJsonDbApi(database.handle(), name, definition, create); });
+    }
 }
 
-TEST(Store, AStatementThatNamesAnExistingTableIsLoggedAndTheRowsStayReadable)
+LOGGED_TEST(Store, AStatementThatNamesAnExistingTableIsLoggedAndTheRowsStayReadable)
 {
-    forEachLogMode(
-        []
-        {
-            const Database database;
-            std::string name = freshTable();
-            Json::Value definition = definitionOf(name);
-            std::string create = "CREATE TABLE " + name + " (age)";
-            ASSERT_EQ(SQLITE_OK, database.run(create + "; INSERT INTO " + name + " VALUES (7)"));
+    const Database database;
+    std::string name = freshTable();
+    Json::Value definition = definitionOf(name);
+    std::string create = "CREATE TABLE " + name + " (age)";
+    ASSERT_EQ(SQLITE_OK, database.run(create + "; INSERT INTO " + name + " VALUES (7)"));
 
-            const std::string sqliteText = "table " + name + " already exists";
-            std::unique_ptr<VornJsonDbApi> api;
-            logged(createFailure(create, sqliteText, sqliteText) + ExpectedLines{failed("0 > tableCreate()")},
-                   [&] { api = std::make_unique<VornJsonDbApi>(database.handle(), name, definition, create); });
+    const std::string sqliteText = "table " + name + " already exists";
+    std::unique_ptr<VornJsonDbApi> api;
+    logged(createFailure(create, sqliteText, sqliteText) + ExpectedLines{failed("0 > tableCreate()")},
+           [&] { api = std::make_unique<VornJsonDbApi>(database.handle(), name, definition, create); });
 
-            VORN_JSON_DB::recType(definition, name);
-            Json::Value rows;
-            EXPECT_EQ(
-                0,
-                logged({}, [&]
-                       { return api->runSqlEx("select * from " + name, VornJsonDbApi::DbCallBackFillList, &rows); }));
-            EXPECT_EQ(json(R"([{"age": 7}])"), rows);
-        });
+    VORN_JSON_DB::recType(definition, name);
+    Json::Value rows;
+    EXPECT_SILENT(0, api->runSqlEx("select * from " + name, VornJsonDbApi::DbCallBackFillList, &rows));
+    EXPECT_EQ(json(R"([{"age": 7}])"), rows);
 }
 
-TEST(Store, AMalformedStatementIsLoggedWithSqlitesText)
+LOGGED_TEST(Store, AMalformedStatementIsLoggedWithSqlitesText)
 {
-    forEachLogMode(
-        []
-        {
-            const Database database;
-            std::string name = freshTable();
-            Json::Value definition = definitionOf(name);
-            std::string create = "CREATE TABEL 'x%s%n";
-            const std::string sqliteText = "near \"TABEL\": syntax error";
-            logged(createFailure(create, sqliteText, sqliteText) + ExpectedLines{failed("0 > tableCreate()")},
-                   [&] { VornJsonDbApi(database.handle(), name, definition, create); });
-        });
+    const Database database;
+    std::string name = freshTable();
+    Json::Value definition = definitionOf(name);
+    std::string create = "CREATE TABEL 'x%s%n";
+    const std::string sqliteText = "near \"TABEL\": syntax error";
+    logged(createFailure(create, sqliteText, sqliteText) + ExpectedLines{failed("0 > tableCreate()")},
+           [&] { VornJsonDbApi(database.handle(), name, definition, create); });
 }
 
-TEST(Store, TableCreateRunsTheStatementAgain)
+LOGGED_TEST(Store, TableCreateRunsTheStatementAgain)
 {
-    forEachLogMode(
-        []
-        {
-            const Database database;
-            std::string name = freshTable();
-            Json::Value definition = definitionOf(name);
-            std::string create = "CREATE TABLE " + name + " (age)";
-            VornJsonDbApi api(database.handle(), name, definition, create);
+    const Database database;
+    std::string name = freshTable();
+    Json::Value definition = definitionOf(name);
+    std::string create = "CREATE TABLE " + name + " (age)";
+    VornJsonDbApi api(database.handle(), name, definition, create);
 
-            const std::string sqliteText = "table " + name + " already exists";
-            EXPECT_EQ(-1, logged(createFailure(create, sqliteText, sqliteText), [&] { return api.tableCreate(); }));
-            ASSERT_EQ(SQLITE_OK, database.run("DROP TABLE " + name));
-            EXPECT_EQ(0, logged({}, [&] { return api.tableCreate(); }));
-            EXPECT_TRUE(hasTable(database, name));
-        });
+    const std::string sqliteText = "table " + name + " already exists";
+    EXPECT_LOGS(-1, api.tableCreate(), createFailure(create, sqliteText, sqliteText));
+    ASSERT_EQ(SQLITE_OK, database.run("DROP TABLE " + name));
+    EXPECT_SILENT(0, api.tableCreate());
+    EXPECT_TRUE(hasTable(database, name));
 }
 
-TEST(Store, TableCreateReturnsZeroAlsoWhenTheStatementChangesRows)
+LOGGED_TEST(Store, TableCreateReturnsZeroAlsoWhenTheStatementChangesRows)
 {
-    forEachLogMode(
-        []
-        {
-            const Database database;
-            std::string name = freshTable();
-            Json::Value definition = definitionOf(name);
-            std::string create = createStatementOf(name) + "; INSERT INTO " + name + " VALUES (1), (2), (3)";
-            VornJsonDbApi api(database.handle(), name, definition, create);
-            EXPECT_EQ(0, logged({}, [&] { return api.tableCreate(); }));
-            EXPECT_EQ(6U, database.rows("select * from " + name).size());
-        });
+    const Database database;
+    std::string name = freshTable();
+    Json::Value definition = definitionOf(name);
+    std::string create = createStatementOf(name) + "; INSERT INTO " + name + " VALUES (1), (2), (3)";
+    VornJsonDbApi api(database.handle(), name, definition, create);
+    EXPECT_SILENT(0, api.tableCreate());
+    EXPECT_EQ(6U, database.rows("select * from " + name).size());
 }
 
 TEST(Store, TheObjectKeepsCopiesOfItsArguments)
@@ -221,8 +190,8 @@ TEST(Store, TheObjectKeepsCopiesOfItsArguments)
     create = "nonsense";
     Json::Value record = json(R"({"age": 4})");
     Json::Value stored;
-    EXPECT_EQ(0, logged({}, [&] { return api.recCreate(record, stored); }));
-    EXPECT_EQ(0, logged({}, [&] { return api.tableCreate(); }));
+    EXPECT_SILENT(0, api.recCreate(record, stored));
+    EXPECT_SILENT(0, api.tableCreate());
     EXPECT_EQ(std::vector<std::string>{"4"}, database.rows("select * from " + nameBefore));
 }
 
@@ -232,7 +201,7 @@ TEST(Store, TheErrorMessageIsEmptyAtFirstAndThenWhatWasSet)
     EXPECT_EQ("", store->getErrMsg());
     store->setErrMsg("O'Neil \xc3\xa9 100%");
     EXPECT_EQ("O'Neil \xc3\xa9 100%", store->getErrMsg());
-    EXPECT_EQ(-1, logged({failed("0 >= strSql.length()"), trace("<any>")}, [&] { return store->runSqlEx(""); }));
+    EXPECT_LOGS(-1, store->runSqlEx(""), failed("0 >= strSql.length()"), trace("<any>"));
     EXPECT_EQ("O'Neil \xc3\xa9 100%", store->getErrMsg());
     store->setErrMsg("");
     EXPECT_EQ("", store->getErrMsg());
@@ -263,10 +232,10 @@ TEST(Store, TwoObjectsOnOneConnectionWorkOnTheirOwnTables)
     Json::Value record = json(R"({"age": 1})");
     Json::Value text = json(R"({"age": "1"})");
     Json::Value stored;
-    EXPECT_EQ(0, logged({}, [&] { return first->recCreate(record, stored); }));
+    EXPECT_SILENT(0, first->recCreate(record, stored));
     EXPECT_EQ(record, stored);
-    EXPECT_EQ(0, logged({}, [&] { return second->recCreate(text, stored); }));
+    EXPECT_SILENT(0, second->recCreate(text, stored));
     EXPECT_EQ(text, stored);
-    EXPECT_EQ(0, logged({}, [&] { return first->recCreate(record, stored); }));
+    EXPECT_SILENT(0, first->recCreate(record, stored));
     EXPECT_EQ(record, stored);
 }

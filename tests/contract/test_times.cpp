@@ -161,7 +161,7 @@ TEST_F(Times, EveryCombinationOfBitsGivesItsTextInItsZone)
         for (const int further : {0, 8, 0x7ffffff0, -8, std::numeric_limits<int>::min()})
         {
             out = "before";
-            EXPECT_EQ(0, logged({}, [&] { return convert2ReadableTime(row.stamp, out, row.type | further); }));
+            EXPECT_SILENT(0, convert2ReadableTime(row.stamp, out, row.type | further));
             EXPECT_EQ(row.text, out) << row.type << " " << further;
         }
     }
@@ -233,19 +233,15 @@ TEST_F(Times, LocaleIsNeverSetByTheLibrary)
     EXPECT_EQ(before, setlocale(LC_ALL, nullptr));
 }
 
-TEST_F(Times, TypeWithoutAFormatIsRefusedAfterTheConversion)
+LOGGED_TEST_F(Times, TypeWithoutAFormatIsRefusedAfterTheConversion)
 {
-    forEachLogMode(
-        [&]
-        {
-            for (const int type : {0, 1, 8, 9, 16, -8, std::numeric_limits<int>::min()})
-            {
-                g_conversions = 0;
-                EXPECT_EQ(-1, logged({inUtil(error("bad iType value=" + std::to_string(type)))},
-                                     [&] { return convert2ReadableTime(0, out, type); }));
-                EXPECT_EQ(1, g_conversions);
-            }
-        });
+    for (const int type : {0, 1, 8, 9, 16, -8, std::numeric_limits<int>::min()})
+    {
+        g_conversions = 0;
+        EXPECT_LOGS(-1, convert2ReadableTime(0, out, type), inUtil(error("bad iType value=" + std::to_string(type))));
+        EXPECT_EQ(1, g_conversions);
+    }
+
     EXPECT_EQ("before", out);
 }
 
@@ -259,11 +255,11 @@ TEST_F(Times, StampThatCannotBeConvertedIsRefused)
         {
             for (const int type : {1, 3, 5, 7, 9})
             {
-                EXPECT_EQ(-1, logged({utc}, [&] { return convert2ReadableTime(0, out, type); }));
+                EXPECT_LOGS(-1, convert2ReadableTime(0, out, type), utc);
             }
             for (const int type : {0, 2, 4, 6, 8})
             {
-                EXPECT_EQ(-1, logged({local}, [&] { return convert2ReadableTime(0, out, type); }));
+                EXPECT_LOGS(-1, convert2ReadableTime(0, out, type), local);
             }
         });
     EXPECT_EQ("before", out);
@@ -275,10 +271,10 @@ TEST_F(Times, YearBeyondTheRangeOfIntIsRefusedWhereLongCanHoldIt)
     {
         for (const long stamp : {std::numeric_limits<long>::max(), std::numeric_limits<long>::min()})
         {
-            EXPECT_EQ(-1, logged({inUtil(failed("NULL == gmtime_r(&ullTimeStamp, &sTime)"))},
-                                 [&] { return convert2ReadableTime(stamp, out, 3); }));
-            EXPECT_EQ(-1, logged({inUtil(failed("NULL == localtime_r(&ullTimeStamp, &sTime)"))},
-                                 [&] { return convert2ReadableTime(stamp, out, 4); }));
+            EXPECT_LOGS(-1, convert2ReadableTime(stamp, out, 3),
+                        inUtil(failed("NULL == gmtime_r(&ullTimeStamp, &sTime)")));
+            EXPECT_LOGS(-1, convert2ReadableTime(stamp, out, 4),
+                        inUtil(failed("NULL == localtime_r(&ullTimeStamp, &sTime)")));
         }
         EXPECT_EQ("before", out);
     }
@@ -299,11 +295,11 @@ TEST_F(Times, FormatThatGivesNoTextIsRefused)
         {
             for (const int type : {2, 3, 6, 7})
             {
-                EXPECT_EQ(-1, logged({gmt}, [&] { return convert2ReadableTime(0, out, type); }));
+                EXPECT_LOGS(-1, convert2ReadableTime(0, out, type), gmt);
             }
             for (const int type : {4, 5})
             {
-                EXPECT_EQ(-1, logged({plain}, [&] { return convert2ReadableTime(0, out, type); }));
+                EXPECT_LOGS(-1, convert2ReadableTime(0, out, type), plain);
             }
         });
     EXPECT_EQ("before", out);
@@ -331,7 +327,7 @@ TEST_F(Times, StampAfterNowIsTheClockPlusTheOffset)
     for (const int offset : {0, 1, -1, 86400, -86400, 400000000, -std::numeric_limits<int>::max()})
     {
         long now = 77;
-        EXPECT_EQ(0, logged({}, [&] { return getTimeAfterNow(offset, now); }));
+        EXPECT_SILENT(0, getTimeAfterNow(offset, now));
         EXPECT_EQ(summer + offset, now);
     }
 }
@@ -340,7 +336,7 @@ TEST_F(Times, ClockThatCannotBeReadIsNotNoticed)
 {
     g_clock = -1;
     long now = 77;
-    EXPECT_EQ(0, logged({}, [&] { return getTimeAfterNow(0, now); }));
+    EXPECT_SILENT(0, getTimeAfterNow(0, now));
     EXPECT_EQ(-1, now);
 }
 
@@ -374,29 +370,22 @@ TEST_F(Times, TextAfterNowIsThatOfTheStamp)
     for (const OffsetRow& row : rows)
     {
         out = "before";
-        EXPECT_EQ(0, logged({}, [&] { return getTimeAfterNow(row.offset, out, row.type); }));
+        EXPECT_SILENT(0, getTimeAfterNow(row.offset, out, row.type));
         EXPECT_EQ(row.text, out);
     }
 }
 
-TEST_F(Times, TextAfterNowReportsAFailureAtBothLevels)
+LOGGED_TEST_F(Times, TextAfterNowReportsAFailureAtBothLevels)
 {
     const ExpectedLine outer = inUtil(failed("0 > convert2ReadableTime(now, strOut, iType)"));
-    forEachLogMode(
-        [&]
-        {
-            EXPECT_EQ(-1,
-                      logged({inUtil(error("bad iType value=1")), outer}, [&] { return getTimeAfterNow(0, out, 1); }));
-            g_conversionFails = true;
-            EXPECT_EQ(-1, logged({inUtil(failed("NULL == gmtime_r(&ullTimeStamp, &sTime)")), outer},
-                                 [&] { return getTimeAfterNow(0, out, 3); }));
-            g_conversionFails = false;
-            g_strftimeFails = true;
-            EXPECT_EQ(
-                -1,
-                logged({inUtil(failed(R"(0 == strftime(szTime, sizeof(szTime), "%Y-%m-%d %H:%M:%S", &sTime))")), outer},
-                       [&] { return getTimeAfterNow(0, out, 4); }));
-            g_strftimeFails = false;
-        });
+    EXPECT_LOGS(-1, getTimeAfterNow(0, out, 1), inUtil(error("bad iType value=1")), outer);
+    g_conversionFails = true;
+    EXPECT_LOGS(-1, getTimeAfterNow(0, out, 3), inUtil(failed("NULL == gmtime_r(&ullTimeStamp, &sTime)")), outer);
+    g_conversionFails = false;
+    g_strftimeFails = true;
+    EXPECT_LOGS(-1, getTimeAfterNow(0, out, 4),
+                inUtil(failed(R"(0 == strftime(szTime, sizeof(szTime), "%Y-%m-%d %H:%M:%S", &sTime))")), outer);
+    g_strftimeFails = false;
+
     EXPECT_EQ("before", out);
 }

@@ -111,32 +111,27 @@ TEST(TypeCheck, EachTypeAcceptsItsOwnKindOnly)
             Json::Value record = recordWith(sample.value);
             if (sample.kind == type.accepts)
             {
-                EXPECT_EQ(0, logged({}, [&] { return store->checkJsonType(record); }));
+                EXPECT_SILENT(0, store->checkJsonType(record));
             }
             else
             {
-                EXPECT_EQ(-1, logged({error(R"(type failed, strKey=m, jRecParam={"m":)" + sample.text + "}")},
-                                     [&] { return store->checkJsonType(record); }));
+                EXPECT_LOGS(-1, store->checkJsonType(record),
+                            error(R"(type failed, strKey=m, jRecParam={"m":)" + sample.text + "}"));
             }
         }
     }
 }
 
-TEST(TypeCheck, AFailureIsLoggedInEveryOutput)
+LOGGED_TEST(TypeCheck, AFailureIsLoggedInEveryOutput)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(R"({"m": {"cpptype": "int"}, "n": {"cpptype": "string"}, "d": {"cpptype": "double"}})");
-            Json::Value record = json(R"({"m": "5", "other": [1], "n": "O'Neil é 100%s"})");
-            const Json::Value before = record;
-            EXPECT_EQ(-1,
-                      logged({error(R"(type failed, strKey=m, jRecParam={"m":"5","n":"O'Neil é 100%s","other":[1]})")},
-                             [&] { return store->checkJsonType(record); }));
-            EXPECT_EQ(before, record);
-            Json::Value unknown = json(R"({"d": 1.5})");
-            EXPECT_EQ(-1, logged({error("type not found!!, key=d")}, [&] { return store->checkJsonType(unknown); }));
-        });
+    Store store(R"({"m": {"cpptype": "int"}, "n": {"cpptype": "string"}, "d": {"cpptype": "double"}})");
+    Json::Value record = json(R"({"m": "5", "other": [1], "n": "O'Neil é 100%s"})");
+    const Json::Value before = record;
+    EXPECT_LOGS(-1, store->checkJsonType(record),
+                error(R"(type failed, strKey=m, jRecParam={"m":"5","n":"O'Neil é 100%s","other":[1]})"));
+    EXPECT_EQ(before, record);
+    Json::Value unknown = json(R"({"d": 1.5})");
+    EXPECT_LOGS(-1, store->checkJsonType(unknown), error("type not found!!, key=d"));
 }
 
 TEST(TypeCheck, OtherDeclaredTypesAreRefusedWhateverTheValue)
@@ -148,74 +143,59 @@ TEST(TypeCheck, OtherDeclaredTypesAreRefusedWhateverTheValue)
         for (const Sample& sample : samples())
         {
             Json::Value record = recordWith(sample.value);
-            EXPECT_EQ(-1, logged({error("type not found!!, key=m")}, [&] { return store->checkJsonType(record); }));
+            EXPECT_LOGS(-1, store->checkJsonType(record), error("type not found!!, key=m"));
         }
         Json::Value without = json(R"({"other": 1})");
-        EXPECT_EQ(0, logged({}, [&] { return store->checkJsonType(without); }));
+        EXPECT_SILENT(0, store->checkJsonType(without));
     }
 }
 
-TEST(TypeCheck, OnlyAnObjectIsARecord)
+LOGGED_TEST(TypeCheck, OnlyAnObjectIsARecord)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(R"({"m": {"cpptype": "int"}})");
-            for (const char* const text : {"null", "[]", R"([{"m": 1}])", "\"m\"", "5", "1.5", "true"})
-            {
-                Json::Value record = json(text);
-                EXPECT_EQ(-1, logged({failed("!jRecParam.isObject()")}, [&] { return store->checkJsonType(record); }));
-                EXPECT_EQ(json(text), record);
-            }
-            Json::Value empty(Json::objectValue);
-            EXPECT_EQ(0, logged({}, [&] { return store->checkJsonType(empty); }));
-        });
+    Store store(R"({"m": {"cpptype": "int"}})");
+    for (const char* const text : {"null", "[]", R"([{"m": 1}])", "\"m\"", "5", "1.5", "true"})
+    {
+        Json::Value record = json(text);
+        EXPECT_LOGS(-1, store->checkJsonType(record), failed("!jRecParam.isObject()"));
+        EXPECT_EQ(json(text), record);
+    }
+    Json::Value empty(Json::objectValue);
+    EXPECT_SILENT(0, store->checkJsonType(empty));
 }
 
-TEST(TypeCheck, UndeclaredMembersPassUnchecked)
+LOGGED_TEST(TypeCheck, UndeclaredMembersPassUnchecked)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(R"({"m": {"cpptype": "int"}})");
-            Json::Value record = json(R"({"x": "abc", "M": "abc", "m ": null, "": [], "z": {"m": "abc"}})");
-            EXPECT_EQ(0, logged({}, [&] { return store->checkJsonType(record); }));
-        });
+    Store store(R"({"m": {"cpptype": "int"}})");
+    Json::Value record = json(R"({"x": "abc", "M": "abc", "m ": null, "": [], "z": {"m": "abc"}})");
+    EXPECT_SILENT(0, store->checkJsonType(record));
 }
 
 TEST(TypeCheck, OnlyTheFirstBadMemberInNameOrderIsReported)
 {
     Store store(R"({"a": {"cpptype": "int"}, "b": {"cpptype": "int"}, "c": {"cpptype": "double"}})");
     Json::Value record = json(R"({"c": 1.5, "b": "x", "a": 1})");
-    EXPECT_EQ(-1, logged({error(R"(type failed, strKey=b, jRecParam={"a":1,"b":"x","c":1.5})")},
-                         [&] { return store->checkJsonType(record); }));
+    EXPECT_LOGS(-1, store->checkJsonType(record), error(R"(type failed, strKey=b, jRecParam={"a":1,"b":"x","c":1.5})"));
     record["b"] = 2;
-    EXPECT_EQ(-1, logged({error("type not found!!, key=c")}, [&] { return store->checkJsonType(record); }));
+    EXPECT_LOGS(-1, store->checkJsonType(record), error("type not found!!, key=c"));
     record["a"] = Json::Value();
-    EXPECT_EQ(-1, logged({error(R"(type failed, strKey=a, jRecParam={"a":null,"b":2,"c":1.5})")},
-                         [&] { return store->checkJsonType(record); }));
+    EXPECT_LOGS(-1, store->checkJsonType(record),
+                error(R"(type failed, strKey=a, jRecParam={"a":null,"b":2,"c":1.5})"));
 }
 
-TEST(TypeCheck, ADefinitionWithoutTheTableChecksNothing)
+LOGGED_TEST(TypeCheck, ADefinitionWithoutTheTableChecksNothing)
 {
-    forEachLogMode(
-        []
-        {
-            const Database database;
-            std::string name = freshTable();
-            Json::Value definition = json(R"({"other": {"member": {"m": {"cpptype": "int"}}}})");
-            std::string create = "CREATE TABLE " + name + " (m)";
-            VornJsonDbApi api(database.handle(), name, definition, create);
-            const ExpectedLines details = {inUtil(trace("strJsonName=" + name)),
-                                           inUtil(trace(R"(jTableDef={"other":{"member":{"m":{"cpptype":"int"}}}})")),
-                                           inUtil(trace("jType=<any>"))};
-            Json::Value record = json(R"({"m": "text"})");
-            EXPECT_EQ(0, logged(ExpectedLines{inUtil(failed("!jTableDef.isMember(strJsonName)"))} + details,
-                                [&] { return api.checkJsonType(record); }));
-            // The types are looked up before the record is looked at.
-            Json::Value array(Json::arrayValue);
-            EXPECT_EQ(-1, logged(ExpectedLines{inUtil(failed("jType[strJsonName].type() != Json::objectValue"))} +
-                                     details + ExpectedLines{failed("!jRecParam.isObject()")},
-                                 [&] { return api.checkJsonType(array); }));
-        });
+    const Database database;
+    std::string name = freshTable();
+    Json::Value definition = json(R"({"other": {"member": {"m": {"cpptype": "int"}}}})");
+    std::string create = "CREATE TABLE " + name + " (m)";
+    VornJsonDbApi api(database.handle(), name, definition, create);
+    const ExpectedLines details = {inUtil(trace("strJsonName=" + name)),
+                                   inUtil(trace(R"(jTableDef={"other":{"member":{"m":{"cpptype":"int"}}}})")),
+                                   inUtil(trace("jType=<any>"))};
+    Json::Value record = json(R"({"m": "text"})");
+    EXPECT_LOGS(0, api.checkJsonType(record), inUtil(failed("!jTableDef.isMember(strJsonName)")), details);
+    // The types are looked up before the record is looked at.
+    Json::Value array(Json::arrayValue);
+    EXPECT_LOGS(-1, api.checkJsonType(array), inUtil(failed("jType[strJsonName].type() != Json::objectValue")), details,
+                failed("!jRecParam.isObject()"));
 }

@@ -43,13 +43,10 @@ std::string withName(std::string text, const std::string& name)
 
 }  // namespace
 
-TEST(TypeMap, HoldsTypesAndDefaultsOfEveryMember)
+LOGGED_TEST(TypeMap, HoldsTypesAndDefaultsOfEveryMember)
 {
-    forEachLogMode(
-        []
-        {
-            std::string name = freshTable();
-            Json::Value definition = json(withName(R"({
+    std::string name = freshTable();
+    Json::Value definition = json(withName(R"({
             "T": {
                 "member": {
                     "zip": {"cpptype": "string", "cppDefaultValue": "", "comment": "ignored"},
@@ -62,19 +59,18 @@ TEST(TypeMap, HoldsTypesAndDefaultsOfEveryMember)
             },
             "other": {"member": 5}
         })",
-                                                   name));
-            const Json::Value before = definition;
-            const Json::Value types = logged({}, [&] { return VORN_JSON_DB::recType(definition, name); });
-            EXPECT_EQ(json(R"({
+                                           name));
+    const Json::Value before = definition;
+    const Json::Value types = logged({}, [&] { return VORN_JSON_DB::recType(definition, name); });
+    EXPECT_EQ(json(R"({
             "zip": {"cpptype": "string", "cppDefaultValue": ""},
             "age": {"cpptype": "int", "cppDefaultValue": 5},
             "tags": {"cpptype": "Json::arrayValue", "cppDefaultValue": [1, {"a": null}]},
             "gone": {"cpptype": "bool", "cppDefaultValue": null},
             "name": {"cpptype": "string"}
         })"),
-                      types);
-            EXPECT_EQ(before, definition);
-        });
+              types);
+    EXPECT_EQ(before, definition);
 }
 
 TEST(TypeMap, AnyStringIsAcceptedAsATypeName)
@@ -104,29 +100,25 @@ TEST(TypeMap, AnyStringIsAcceptedAsATypeName)
         Json::Value members;
         members["m"]["cpptype"] = type;
         Json::Value definition = definitionOf(name, members);
-        EXPECT_EQ(members, logged({}, [&] { return VORN_JSON_DB::recType(definition, name); }));
+        EXPECT_SILENT(members, VORN_JSON_DB::recType(definition, name));
     }
 }
 
-TEST(TypeMap, TheFirstDefinitionOfANameWins)
+LOGGED_TEST(TypeMap, TheFirstDefinitionOfANameWins)
 {
-    forEachLogMode(
-        []
-        {
-            std::string name = freshTable();
-            Json::Value first = definitionOf(name, json(R"({"a": {"cpptype": "int"}})"));
-            Json::Value second = definitionOf(name, json(R"({"b": {"cpptype": "string"}})"));
-            Json::Value none;
-            Json::Value wrongKind("text");
-            Json::Value* const types = &VORN_JSON_DB::recType(first, name);
-            for (Json::Value* const definition : {&first, &second, &none, &wrongKind})
-            {
-                EXPECT_EQ(types, logged({}, [&] { return &VORN_JSON_DB::recType(*definition, name); }));
-                EXPECT_EQ(json(R"({"a": {"cpptype": "int"}})"), *types);
-            }
-            first[name]["member"]["a"]["cpptype"] = "bool";
-            EXPECT_EQ("int", (*types)["a"]["cpptype"].asString());
-        });
+    std::string name = freshTable();
+    Json::Value first = definitionOf(name, json(R"({"a": {"cpptype": "int"}})"));
+    Json::Value second = definitionOf(name, json(R"({"b": {"cpptype": "string"}})"));
+    Json::Value none;
+    Json::Value wrongKind("text");
+    Json::Value* const types = &VORN_JSON_DB::recType(first, name);
+    for (Json::Value* const definition : {&first, &second, &none, &wrongKind})
+    {
+        EXPECT_SILENT(types, &VORN_JSON_DB::recType(*definition, name));
+        EXPECT_EQ(json(R"({"a": {"cpptype": "int"}})"), *types);
+    }
+    first[name]["member"]["a"]["cpptype"] = "bool";
+    EXPECT_EQ("int", (*types)["a"]["cpptype"].asString());
 }
 
 TEST(TypeMap, NamesOfTablesAreKeptApart)
@@ -141,7 +133,7 @@ TEST(TypeMap, NamesOfTablesAreKeptApart)
 }
 
 // Nothing was entered: the name stays without types for the rest of the process, whatever definition comes later.
-TEST(TypeMap, AWrongDefinitionIsLoggedAndRemembered)
+LOGGED_TEST(TypeMap, AWrongDefinitionIsLoggedAndRemembered)
 {
     struct Case
     {
@@ -178,26 +170,22 @@ TEST(TypeMap, AWrongDefinitionIsLoggedAndRemembered)
         {R"({"T": {"member": {"a": {"cpptype": ["int"]}}}})",
          "!jTableDef[strJsonName][\"member\"][strKey][\"cpptype\"].isString()"},
     };
-    forEachLogMode(
-        [&]
-        {
-            for (const Case& each : cases)
-            {
-                SCOPED_TRACE(each.definition);
-                std::string name = freshTable();
-                Json::Value definition = json(withName(each.definition, name));
-                const std::string text = compact(definition);
-                EXPECT_TRUE(logged(lookupFailure(each.condition, name, text),
-                                   [&] { return &VORN_JSON_DB::recType(definition, name); })
-                                ->isNull());
-                EXPECT_EQ(text, compact(definition));
+    for (const Case& each : cases)
+    {
+        SCOPED_TRACE(each.definition);
+        std::string name = freshTable();
+        Json::Value definition = json(withName(each.definition, name));
+        const std::string text = compact(definition);
+        EXPECT_TRUE(
+            logged(lookupFailure(each.condition, name, text), [&] { return &VORN_JSON_DB::recType(definition, name); })
+                ->isNull());
+        EXPECT_EQ(text, compact(definition));
 
-                Json::Value correct = definitionOf(name, json(R"({"a": {"cpptype": "int"}})"));
-                EXPECT_TRUE(logged(lookupFailure(notAnObject, name, compact(correct)),
-                                   [&] { return &VORN_JSON_DB::recType(correct, name); })
-                                ->isNull());
-            }
-        });
+        Json::Value correct = definitionOf(name, json(R"({"a": {"cpptype": "int"}})"));
+        EXPECT_TRUE(logged(lookupFailure(notAnObject, name, compact(correct)),
+                           [&] { return &VORN_JSON_DB::recType(correct, name); })
+                        ->isNull());
+    }
 }
 
 // The empty name is looked at after the rest of the definition, and is one name for the whole process.
@@ -213,31 +201,26 @@ TEST(TypeMap, AnEmptyTableNameIsRefused)
                     ->isNull());
 }
 
-TEST(TypeMap, MembersBeforeAFailingOneStayKnown)
+LOGGED_TEST(TypeMap, MembersBeforeAFailingOneStayKnown)
 {
-    forEachLogMode(
-        []
-        {
-            for (const char* const beta : {"{}", R"({"cpptype": 5})", R"({"cppDefaultValue": "int"})"})
-            {
-                std::string name = freshTable();
-                Json::Value members = json(R"({"alpha": {"cpptype": "int", "cppDefaultValue": 1},
+    for (const char* const beta : {"{}", R"({"cpptype": 5})", R"({"cppDefaultValue": "int"})"})
+    {
+        std::string name = freshTable();
+        Json::Value members = json(R"({"alpha": {"cpptype": "int", "cppDefaultValue": 1},
                                            "gamma": {"cpptype": "string"}})");
-                members["beta"] = json(beta);
-                Json::Value definition = definitionOf(name, members);
-                const Json::Value alphaOnly = json(R"({"alpha": {"cpptype": "int", "cppDefaultValue": 1}})");
-                const char* const condition =
-                    members["beta"].isMember("cpptype")
-                        ? "!jTableDef[strJsonName][\"member\"][strKey][\"cpptype\"].isString()"
-                        : "!jTableDef[strJsonName][\"member\"][strKey].isMember(\"cpptype\")";
-                EXPECT_EQ(alphaOnly, *logged(lookupFailure(condition, name, compact(definition)),
-                                             [&] { return &VORN_JSON_DB::recType(definition, name); }));
+        members["beta"] = json(beta);
+        Json::Value definition = definitionOf(name, members);
+        const Json::Value alphaOnly = json(R"({"alpha": {"cpptype": "int", "cppDefaultValue": 1}})");
+        const char* const condition = members["beta"].isMember("cpptype")
+                                          ? "!jTableDef[strJsonName][\"member\"][strKey][\"cpptype\"].isString()"
+                                          : "!jTableDef[strJsonName][\"member\"][strKey].isMember(\"cpptype\")";
+        EXPECT_EQ(alphaOnly, *logged(lookupFailure(condition, name, compact(definition)),
+                                     [&] { return &VORN_JSON_DB::recType(definition, name); }));
 
-                Json::Value corrected = definition;
-                corrected[name]["member"]["beta"] = json(R"({"cpptype": "int"})");
-                EXPECT_EQ(alphaOnly, *logged({}, [&] { return &VORN_JSON_DB::recType(corrected, name); }));
-            }
-        });
+        Json::Value corrected = definition;
+        corrected[name]["member"]["beta"] = json(R"({"cpptype": "int"})");
+        EXPECT_EQ(alphaOnly, *logged({}, [&] { return &VORN_JSON_DB::recType(corrected, name); }));
+    }
 }
 
 TEST(TypeMap, TheLastTraceLineShowsTheWholeCache)

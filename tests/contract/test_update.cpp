@@ -92,7 +92,7 @@ TEST_F(Update, StatementAssignsDeclaredMembersInTheOrderOfTheirNames)
     for (const Row& row : rows)
     {
         const StatementLog log(store.db());
-        EXPECT_EQ(0, logged({}, [&] { return byFilter(row.filter, row.values); }));
+        EXPECT_SILENT(0, byFilter(row.filter, row.values));
         EXPECT_EQ((Rows{"UPDATE " + store.name() + row.statement}), log.statements());
     }
 }
@@ -100,8 +100,7 @@ TEST_F(Update, StatementAssignsDeclaredMembersInTheOrderOfTheirNames)
 TEST_F(Update, ByWhereRunsTheConditionAsItStands)
 {
     const StatementLog log(store.db());
-    EXPECT_EQ(0,
-              logged({}, [&] { return byWhere(R"({"owner": "q", "vornSqlWhereFilter": "id = 3"})", "id=1 or id=2"); }));
+    EXPECT_SILENT(0, byWhere(R"({"owner": "q", "vornSqlWhereFilter": "id = 3"})", "id=1 or id=2"));
     EXPECT_EQ((Rows{"UPDATE " + store.name() + " SET owner='q' WHERE id=1 or id=2;"}), log.statements());
     EXPECT_EQ((Rows{"1|q", "2|q", "3|z"}), owners());
 }
@@ -117,8 +116,8 @@ TEST_F(Update, EveryMatchingRowIsChangedByOneStatement)
 
 TEST_F(Update, NoMatchIsASuccess)
 {
-    EXPECT_EQ(0, logged({}, [&] { return byFilter(R"({"name": "none"})", R"({"owner": "new"})"); }));
-    EXPECT_EQ(0, logged({}, [&] { return byWhere(R"({"owner": "new"})", "1 = 0"); }));
+    EXPECT_SILENT(0, byFilter(R"({"name": "none"})", R"({"owner": "new"})"));
+    EXPECT_SILENT(0, byWhere(R"({"owner": "new"})", "1 = 0"));
     EXPECT_EQ((Rows{"1|x", "2|y", "3|z"}), owners());
 }
 
@@ -128,78 +127,59 @@ TEST_F(Update, KeyMayBeChanged)
     EXPECT_EQ((Rows{"1|x", "2|y", "30|z"}), owners());
 }
 
-TEST_F(Update, ByWhereRefusesAnEmptyConditionBeforeAnEmptyRecord)
+LOGGED_TEST_F(Update, ByWhereRefusesAnEmptyConditionBeforeAnEmptyRecord)
 {
-    forEachLogMode(
-        [&]
-        {
-            const StatementLog log(store.db());
-            EXPECT_EQ(-1,
-                      logged({failed("strSqlWhere.empty()"), trace("jRecIn={}")}, [&] { return byWhere("{}", ""); }));
-            EXPECT_EQ(-1, logged({failed("strSqlWhere.empty()"), trace(R"(jRecIn={"owner":"b"})")},
-                                 [&] { return byWhere(R"({"owner": "b"})", ""); }));
-            for (const char* const empty : {"{}", "null", "[]"})
-            {
-                EXPECT_EQ(-1, logged({failed("jRecIn.empty()"), trace(std::string("jRecIn=") + empty)},
-                                     [&] { return byWhere(empty, "1"); }));
-            }
-            EXPECT_TRUE(log.statements().empty());
-        });
+    const StatementLog log(store.db());
+    EXPECT_LOGS(-1, byWhere("{}", ""), failed("strSqlWhere.empty()"), trace("jRecIn={}"));
+    EXPECT_LOGS(-1, byWhere(R"({"owner": "b"})", ""), failed("strSqlWhere.empty()"), trace(R"(jRecIn={"owner":"b"})"));
+    for (const char* const empty : {"{}", "null", "[]"})
+    {
+        EXPECT_LOGS(-1, byWhere(empty, "1"), failed("jRecIn.empty()"), trace(std::string("jRecIn=") + empty));
+    }
+    EXPECT_TRUE(log.statements().empty());
 }
 
-TEST_F(Update, ByWhereReportsAnAssignmentThatFails)
+LOGGED_TEST_F(Update, ByWhereReportsAnAssignmentThatFails)
 {
-    forEachLogMode(
-        [&]
-        {
-            const NoSqliteMemory noMemory;
-            const ExpectedLines lines = {
-                failed(R"(NULL == (szSql = sqlite3_mprintf("%q", jParam.asString().c_str())))"),
-                failed("0 > SqlMakeByMatchField(jmFieldName[i], jTmp, strSqlWhereOut)"), failed(listFails),
-                trace(R"(jRecIn={"owner":"b"})")};
-            EXPECT_EQ(-1, logged(lines, [&] { return byWhere(R"({"owner": "b"})", "1"); }));
-        });
+    {
+        const NoSqliteMemory noMemory;
+        EXPECT_LOGS(-1, byWhere(R"({"owner": "b"})", "1"),
+                    failed(R"(NULL == (szSql = sqlite3_mprintf("%q", jParam.asString().c_str())))"),
+                    failed("0 > SqlMakeByMatchField(jmFieldName[i], jTmp, strSqlWhereOut)"), failed(listFails),
+                    trace(R"(jRecIn={"owner":"b"})"));
+    }
     EXPECT_EQ((Rows{"1|x", "2|y", "3|z"}), owners());
 }
 
-TEST_F(Update, FailureBeforeTheStatementShowsTheLastSqlErrorAndTheTextSoFar)
+LOGGED_TEST_F(Update, FailureBeforeTheStatementShowsTheLastSqlErrorAndTheTextSoFar)
 {
     const std::string stale = leaveUniqueError();
-    forEachLogMode(
-        [&]
-        {
-            EXPECT_EQ(-1, logged({failed("strSqlWhere.empty()"), trace("jRecIn={}"), sqlError(stale, "")},
-                                 [&] { return byWhere("{}", ""); }));
-            EXPECT_EQ(-1, logged({failed("jRecIn.empty()"), trace("jRecIn={}"), sqlError(stale, "")},
-                                 [&] { return byWhere("{}", "1"); }));
-            const NoSqliteMemory noMemory;
-            const ExpectedLines lines = {failed(R"(NULL == (szSql = sqlite3_mprintf("%d", jParam.asInt())))"),
-                                         failed("0 > SqlMakeByMatchField(jmFieldName[i], jTmp, strSqlWhereOut)"),
-                                         failed(listFails), trace(R"(jRecIn={"flag":true})"),
-                                         sqlError(stale, "UPDATE " + store.name() + " SET ")};
-            EXPECT_EQ(-1, logged(lines, [&] { return byWhere(R"({"flag": true})", "1"); }));
-        });
+    EXPECT_LOGS(-1, byWhere("{}", ""), failed("strSqlWhere.empty()"), trace("jRecIn={}"), sqlError(stale, ""));
+    EXPECT_LOGS(-1, byWhere("{}", "1"), failed("jRecIn.empty()"), trace("jRecIn={}"), sqlError(stale, ""));
+    const NoSqliteMemory noMemory;
+    const ExpectedLines lines = {failed(R"(NULL == (szSql = sqlite3_mprintf("%d", jParam.asInt())))"),
+                                 failed("0 > SqlMakeByMatchField(jmFieldName[i], jTmp, strSqlWhereOut)"),
+                                 failed(listFails), trace(R"(jRecIn={"flag":true})"),
+                                 sqlError(stale, "UPDATE " + store.name() + " SET ")};
+    EXPECT_LOGS(-1, byWhere(R"({"flag": true})", "1"), lines);
+
     EXPECT_EQ("", store->getErrMsg());
 }
 
-TEST_F(Update, ValuesWithoutAnyAssignmentAreRefusedBySqliteAndReportedAtBothLevels)
+LOGGED_TEST_F(Update, ValuesWithoutAnyAssignmentAreRefusedBySqliteAndReportedAtBothLevels)
 {
     // Without an assignment nothing stands between SET and WHERE.
     const std::string sql = "UPDATE " + store.name() + " SET  WHERE  (name='a' );";
     const std::string sqliteText = "near \"WHERE\": syntax error";
-    forEachLogMode(
-        [&]
-        {
-            for (const std::string values : {R"({"undeclared":1})", R"({"vornSqlWhereFilter":"1"})"})
-            {
-                const ExpectedLines lines =
-                    refusedBySqlite(sqliteText, sql) +
-                    ExpectedLines{failed(runFails), trace("jRecIn=" + values), sqlError(sqliteText, sql)};
-                EXPECT_EQ(-1, logged(lines, [&] { return byWhere(values, " (name='a' )"); }));
-                EXPECT_EQ(-1, logged(lines + ExpectedLines{failed(whereFails), byFilterFailed(values)},
-                                     [&] { return byFilter(R"({"name": "a"})", values); }));
-            }
-        });
+    for (const std::string values : {R"({"undeclared":1})", R"({"vornSqlWhereFilter":"1"})"})
+    {
+        const ExpectedLines lines =
+            refusedBySqlite(sqliteText, sql) +
+            ExpectedLines{failed(runFails), trace("jRecIn=" + values), sqlError(sqliteText, sql)};
+        EXPECT_LOGS(-1, byWhere(values, " (name='a' )"), lines);
+        EXPECT_LOGS(-1, byFilter(R"({"name": "a"})", values), lines, failed(whereFails), byFilterFailed(values));
+    }
+
     EXPECT_EQ("", store->getErrMsg());
 }
 
@@ -210,25 +190,21 @@ TEST_F(Update, ArrayAmongTheValuesIsAListConditionThatSqliteRefuses)
     const ExpectedLines lines =
         refusedBySqlite(sqliteText, sql) +
         ExpectedLines{failed(runFails), trace(R"(jRecIn={"owner":["b"]})"), sqlError(sqliteText, sql)};
-    EXPECT_EQ(-1, logged(lines, [&] { return byWhere(R"({"owner": ["b"]})", "1"); }));
+    EXPECT_LOGS(-1, byWhere(R"({"owner": ["b"]})", "1"), lines);
 }
 
-TEST_F(Update, ClashingKeyIsToldByTheMessageOfByFilterOnly)
+LOGGED_TEST_F(Update, ClashingKeyIsToldByTheMessageOfByFilterOnly)
 {
     const std::string sql = "UPDATE " + store.name() + " SET id=1 WHERE  (id=2 );";
     const std::string sqliteText = "UNIQUE constraint failed: " + store.name() + ".id";
     const ExpectedLines lines = refusedBySqlite(sqliteText, sql) +
                                 ExpectedLines{failed(runFails), trace(R"(jRecIn={"id":1})"), sqlError(sqliteText, sql)};
-    forEachLogMode(
-        [&]
-        {
-            store->setErrMsg("");
-            EXPECT_EQ(-1, logged(lines, [&] { return byWhere(R"({"id": 1})", " (id=2 )"); }));
-            EXPECT_EQ("", store->getErrMsg());
-            EXPECT_EQ(-1, logged(lines + ExpectedLines{failed(whereFails), byFilterFailed(R"({"id":1})")},
-                                 [&] { return byFilter(R"({"id": 2})", R"({"id": 1})"); }));
-            EXPECT_EQ("DUPLICATE_PRIMARY_KEY", store->getErrMsg());
-        });
+    store->setErrMsg("");
+    EXPECT_LOGS(-1, byWhere(R"({"id": 1})", " (id=2 )"), lines);
+    EXPECT_EQ("", store->getErrMsg());
+    EXPECT_LOGS(-1, byFilter(R"({"id": 2})", R"({"id": 1})"), lines, failed(whereFails), byFilterFailed(R"({"id":1})"));
+    EXPECT_EQ("DUPLICATE_PRIMARY_KEY", store->getErrMsg());
+
     EXPECT_EQ((Rows{"1|x", "2|y", "3|z"}), owners());
 }
 
@@ -260,11 +236,11 @@ TEST_F(Update, MessageOfADuplicateStaysAfterASuccessAndOtherFailures)
 TEST_F(Update, FailureBeforeAnyStatementStillFindsTheLastViolatedKey)
 {
     leaveUniqueError();
-    EXPECT_EQ(-1, logged({failed("jFilterIn.empty()"), byFilterFailed("{}")}, [&] { return byFilter("{}", "{}"); }));
+    EXPECT_LOGS(-1, byFilter("{}", "{}"), failed("jFilterIn.empty()"), byFilterFailed("{}"));
     EXPECT_EQ("DUPLICATE_PRIMARY_KEY", store->getErrMsg());
 }
 
-TEST_F(Update, ByFilterChecksFilterValuesConditionAndTypesInThisOrder)
+LOGGED_TEST_F(Update, ByFilterChecksFilterValuesConditionAndTypesInThisOrder)
 {
     struct Row
     {
@@ -302,18 +278,14 @@ TEST_F(Update, ByFilterChecksFilterValuesConditionAndTypesInThisOrder)
          {error(R"(type failed, strKey=owner, jRecParam={"owner":["b"]})"), types}},
         {R"({"name":"a"})", "{}", {failed("jRecIn.empty()"), trace("jRecIn={}"), failed(whereFails)}},
     };
-    forEachLogMode(
-        [&]
-        {
-            for (const Row& row : rows)
-            {
-                const StatementLog log(store.db());
-                EXPECT_EQ(-1, logged(row.lines + ExpectedLines{byFilterFailed(row.values)},
-                                     [&] { return byFilter(row.filter, row.values); }))
-                    << row.filter << " " << row.values;
-                EXPECT_TRUE(log.statements().empty());
-            }
-        });
+    for (const Row& row : rows)
+    {
+        const StatementLog log(store.db());
+        EXPECT_LOGS(-1, byFilter(row.filter, row.values), row.lines, byFilterFailed(row.values))
+            << row.filter << " " << row.values;
+        EXPECT_TRUE(log.statements().empty());
+    }
+
     EXPECT_EQ("", store->getErrMsg());
 }
 

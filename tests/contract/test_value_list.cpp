@@ -22,21 +22,21 @@ const char* const people =
 std::string columns(Store& store, Json::Value* pRecord)
 {
     std::string text = "(";
-    EXPECT_EQ(0, logged({}, [&] { return store->SqlExpandMemberName(text, pRecord); }));
+    EXPECT_SILENT(0, store->SqlExpandMemberName(text, pRecord));
     return text;
 }
 
 std::string values(Store& store, Json::Value record)
 {
     std::string text = "(";
-    EXPECT_EQ(0, logged({}, [&] { return store->SqlExpandMemberSymbol(text, record); }));
+    EXPECT_SILENT(0, store->SqlExpandMemberSymbol(text, record));
     return text;
 }
 
 void expectRefused(Store& store, Json::Value record, const ExpectedLines& lines)
 {
     std::string text = "VALUES (100%";
-    EXPECT_EQ(-1, logged(lines, [&] { return store->SqlExpandMemberSymbol(text, record); }));
+    EXPECT_LOGS(-1, store->SqlExpandMemberSymbol(text, record), lines);
     EXPECT_EQ("VALUES (100%", text);
 }
 
@@ -99,7 +99,7 @@ const Json::UInt64 beyondSigned = 9223372036854775808ULL;
 
 }  // namespace
 
-TEST(ColumnList, HoldsTheMembersOfTheRecordInTheDefinitionsOrder)
+LOGGED_TEST(ColumnList, HoldsTheMembersOfTheRecordInTheDefinitionsOrder)
 {
     struct Case
     {
@@ -118,22 +118,18 @@ TEST(ColumnList, HoldsTheMembersOfTheRecordInTheDefinitionsOrder)
         {R"({"zip": "1", "other": 1, "AGE": 1})", "(zip"},
         {R"({"other": 1})", "("},
     };
-    forEachLogMode(
-        [&]
-        {
-            Store store(people);
-            EXPECT_EQ("(age,name,zip", columns(store, nullptr));
-            for (const Case& each : cases)
-            {
-                SCOPED_TRACE(each.record);
-                Json::Value record = json(each.record);
-                EXPECT_EQ(each.expected, columns(store, &record));
-                EXPECT_EQ(json(each.record), record);
-            }
-            std::string appended = "SELECT ";
-            EXPECT_EQ(0, store->SqlExpandMemberName(appended));
-            EXPECT_EQ("SELECT age,name,zip", appended);
-        });
+    Store store(people);
+    EXPECT_EQ("(age,name,zip", columns(store, nullptr));
+    for (const Case& each : cases)
+    {
+        SCOPED_TRACE(each.record);
+        Json::Value record = json(each.record);
+        EXPECT_EQ(each.expected, columns(store, &record));
+        EXPECT_EQ(json(each.record), record);
+    }
+    std::string appended = "SELECT ";
+    EXPECT_EQ(0, store->SqlExpandMemberName(appended));
+    EXPECT_EQ("SELECT age,name,zip", appended);
 }
 
 // The names come from the object's own definition, not from the process's type map of the table.
@@ -156,7 +152,7 @@ TEST(ColumnList, ARecordOfAWrongKindThrowsAsTheJsonLibraryDoes)
     }
 }
 
-TEST(ValueList, HoldsTheValuesInTheDefinitionsOrderAndClosesAfterTheLast)
+LOGGED_TEST(ValueList, HoldsTheValuesInTheDefinitionsOrderAndClosesAfterTheLast)
 {
     struct Case
     {
@@ -174,45 +170,37 @@ TEST(ValueList, HoldsTheValuesInTheDefinitionsOrderAndClosesAfterTheLast)
         {R"({"zip": "1", "other": [1], "AGE": 1})", "('1') "},
         {R"({"other": 1})", "("},
     };
-    forEachLogMode(
-        [&]
-        {
-            Store store(people);
-            for (const Case& each : cases)
-            {
-                SCOPED_TRACE(each.record);
-                EXPECT_EQ(each.expected, values(store, json(each.record)));
-            }
-        });
+    Store store(people);
+    for (const Case& each : cases)
+    {
+        SCOPED_TRACE(each.record);
+        EXPECT_EQ(each.expected, values(store, json(each.record)));
+    }
 }
 
-TEST(ValueList, AnEmptyMemberListWritesNothing)
+LOGGED_TEST(ValueList, AnEmptyMemberListWritesNothing)
 {
-    forEachLogMode(
-        []
+    const Database database;
+    for (const char* const member : {R"({"member": {}})", R"({"member": null})", "{}", "null"})
+    {
+        std::string name = freshTable();
+        Json::Value definition;
+        definition[name] = json(member);
+        std::string create = "CREATE TABLE " + name + " (a)";
+        VornJsonDbApi api(database.handle(), name, definition, create);
+        std::string text = "100%% (";
+        Json::Value record = json(R"({"a": 1})");
+        const auto expectNothing = [&](int status)
         {
-            const Database database;
-            for (const char* const member : {R"({"member": {}})", R"({"member": null})", "{}", "null"})
-            {
-                std::string name = freshTable();
-                Json::Value definition;
-                definition[name] = json(member);
-                std::string create = "CREATE TABLE " + name + " (a)";
-                VornJsonDbApi api(database.handle(), name, definition, create);
-                std::string text = "100%% (";
-                Json::Value record = json(R"({"a": 1})");
-                const auto expectNothing = [&](int status)
-                {
-                    EXPECT_EQ(0, status);
-                    EXPECT_EQ("100%% (", text);
-                };
-                expectNothing(logged({}, [&] { return api.SqlExpandMemberName(text); }));
-                expectNothing(logged({}, [&] { return api.SqlExpandMemberName(text, &record); }));
-                expectNothing(logged({inUtil(failed("<any>")), inUtil(trace("strJsonName=" + name)),
-                                      inUtil(trace("jTableDef=<any>")), inUtil(trace("jType=<any>"))},
-                                     [&] { return api.SqlExpandMemberSymbol(text, record); }));
-            }
-        });
+            EXPECT_EQ(0, status);
+            EXPECT_EQ("100%% (", text);
+        };
+        expectNothing(logged({}, [&] { return api.SqlExpandMemberName(text); }));
+        expectNothing(logged({}, [&] { return api.SqlExpandMemberName(text, &record); }));
+        expectNothing(logged({inUtil(failed("<any>")), inUtil(trace("strJsonName=" + name)),
+                              inUtil(trace("jTableDef=<any>")), inUtil(trace("jType=<any>"))},
+                             [&] { return api.SqlExpandMemberSymbol(text, record); }));
+    }
 }
 
 TEST(ValueList, StringsAreQuoted)
@@ -319,42 +307,34 @@ TEST(ValueList, ObjectsAndArraysAreCompactQuotedText)
         });
 }
 
-TEST(ValueList, OtherTypesAreRefusedWhenTheRecordCarriesThem)
+LOGGED_TEST(ValueList, OtherTypesAreRefusedWhenTheRecordCarriesThem)
 {
-    forEachLogMode(
-        []
+    for (const std::string type :
+         {"Json::Value", "uid_t", "time_t", "", "INT", "String", "Json::nullValue", "long double", "100%s"})
+    {
+        Store store(R"({"a": {"cpptype": "int"}, "m": {"cpptype": ")" + type + R"("}})");
+        for (const char* const value : {"1", "null", "\"x\"", "[]"})
         {
-            for (const std::string type :
-                 {"Json::Value", "uid_t", "time_t", "", "INT", "String", "Json::nullValue", "long double", "100%s"})
-            {
-                Store store(R"({"a": {"cpptype": "int"}, "m": {"cpptype": ")" + type + R"("}})");
-                for (const char* const value : {"1", "null", "\"x\"", "[]"})
-                {
-                    expectRefused(store, json(std::string(R"({"a": 1, "m": )") + value + "}"),
-                                  {error("cannot support this type=" + type)});
-                }
-                EXPECT_EQ("(1,", values(store, json(R"({"a": 1})")));
-            }
-        });
+            expectRefused(store, json(std::string(R"({"a": 1, "m": )") + value + "}"),
+                          {error("cannot support this type=" + type)});
+        }
+        EXPECT_EQ("(1,", values(store, json(R"({"a": 1})")));
+    }
 }
 
 // The type map knows only alpha: beta, which comes next, is refused before the record is looked at.
-TEST(ValueList, AMemberWithoutKnownTypeIsRefusedWhateverTheRecordHolds)
+LOGGED_TEST(ValueList, AMemberWithoutKnownTypeIsRefusedWhateverTheRecordHolds)
 {
-    forEachLogMode(
-        []
-        {
-            Store store(R"({"alpha": {"cpptype": "int"}, "beta": {}, "gamma": {"cpptype": "int"}})");
-            LogCapture ignored;
-            store.types();
-            ignored.stop();
-            for (const char* const text : {"{}", R"({"alpha": 1})", R"({"gamma": 1})", R"({"beta": 1})"})
-            {
-                expectRefused(store, json(text), {failed("!jType.isMember(strKey)")});
-            }
-            // A value before it that cannot be converted is met first.
-            expectThrows<Json::LogicError>(store, json(R"({"alpha": "x"})"));
-        });
+    Store store(R"({"alpha": {"cpptype": "int"}, "beta": {}, "gamma": {"cpptype": "int"}})");
+    LogCapture ignored;
+    store.types();
+    ignored.stop();
+    for (const char* const text : {"{}", R"({"alpha": 1})", R"({"gamma": 1})", R"({"beta": 1})"})
+    {
+        expectRefused(store, json(text), {failed("!jType.isMember(strKey)")});
+    }
+    // A value before it that cannot be converted is met first.
+    expectThrows<Json::LogicError>(store, json(R"({"alpha": "x"})"));
 }
 
 TEST(ValueList, ARecordOfAWrongKindThrowsAsTheJsonLibraryDoes)

@@ -4,21 +4,24 @@
 // LogCapture sees every line of both outputs. Every line is taken apart strictly: its process id, its doubled location
 // and the text of errno must have the shape of its output, or the comparison fails with the raw text.
 //
-//     forEachLogMode([] {
+//     LOGGED_TEST(TypeCheck, ATextIsNoInteger)
+//     {
 //         Store store(R"({"age": {"cpptype": "int"}})");
 //         Json::Value record = json(R"({"age": "5"})");
-//         EXPECT_EQ(-1, logged({error(R"(type failed, strKey=age, jRecParam={"age":"5"})")},
-//                              [&] { return store->checkJsonType(record); }));
-//     });
+//         EXPECT_LOGS(-1, store->checkJsonType(record), error(R"(type failed, strKey=age, jRecParam={"age":"5"})"));
+//     }
 
 #ifndef VORNJSONDB_TESTS_LOG_CAPTURE_H
 #define VORNJSONDB_TESTS_LOG_CAPTURE_H
+
+#include <gtest/gtest.h>
 
 #include <cstdio>
 #include <functional>
 #include <ostream>
 #include <string>
 #include <type_traits>
+#include <utility>
 #include <vector>
 
 extern bool blLogToStdout;
@@ -45,6 +48,21 @@ ExpectedLine inUtil(ExpectedLine line);
 
 using ExpectedLines = std::vector<ExpectedLine>;
 ExpectedLines operator+(ExpectedLines first, const ExpectedLines& second);
+
+// All of them in a row, each a line or several.
+inline ExpectedLines linesOf(ExpectedLine line)
+{
+    return {std::move(line)};
+}
+inline ExpectedLines linesOf(ExpectedLines lines)
+{
+    return lines;
+}
+template <class First, class... More>
+ExpectedLines linesOf(First first, More... more)
+{
+    return linesOf(std::move(first)) + linesOf(std::move(more)...);
+}
 
 // One line that was written, taken apart.
 struct LogLine
@@ -122,5 +140,33 @@ auto logged(const ExpectedLines& expected, Action action, const char* file = __b
 }
 
 }  // namespace support
+
+// The call's result, and the lines that it causes.
+#define EXPECT_LOGS(result, call, ...) \
+    EXPECT_EQ(result, support::logged(support::linesOf(__VA_ARGS__), [&] { return call; }))
+#define EXPECT_SILENT(result, call) EXPECT_EQ(result, support::logged({}, [&] { return call; }))
+
+// A test that runs once for each way in which lines can leave, on one fixture.
+#define LOGGED_TEST_F(Suite, Name)                                                                           \
+    class Suite##_##Name final : public Suite                                                                \
+    {                                                                                                        \
+        void TestBody() override                                                                             \
+        {                                                                                                    \
+            support::forEachLogMode([this] { inThisMode(); });                                               \
+        }                                                                                                    \
+        void inThisMode();                                                                                   \
+    };                                                                                                       \
+    static const testing::TestInfo* const Suite##_##Name##_info = testing::RegisterTest(                     \
+        #Suite, #Name, nullptr, nullptr, __FILE__, __LINE__, []() -> Suite* { return new Suite##_##Name; }); \
+    void Suite##_##Name::inThisMode()
+#define LOGGED_TEST(Suite, Name)                                                                                     \
+    class Suite##_##Name final : public testing::Test                                                                \
+    {                                                                                                                \
+        void TestBody() override { support::forEachLogMode(inThisMode); }                                            \
+        static void inThisMode();                                                                                    \
+    };                                                                                                               \
+    static const testing::TestInfo* const Suite##_##Name##_info = testing::RegisterTest(                             \
+        #Suite, #Name, nullptr, nullptr, __FILE__, __LINE__, []() -> testing::Test* { return new Suite##_##Name; }); \
+    void Suite##_##Name::inThisMode()
 
 #endif  // VORNJSONDB_TESTS_LOG_CAPTURE_H
