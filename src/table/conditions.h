@@ -29,11 +29,12 @@ struct Compiled
     bool blKeep = true;                 // whether its statement is worth keeping
 };
 
-// What a filter may be: a plain one, or a request that also sorts and pages.
+// What a filter may be: a plain one, or a request that also sorts and pages; of One, the first row alone is wanted.
 enum class FilterKind
 {
     Filter,
-    Request
+    Request,
+    One
 };
 
 // Checks the filter (an object, or null for an empty one) and writes its SQL. The connection tells SQLite's limits

@@ -1,0 +1,83 @@
+// SPDX-License-Identifier: MIT
+
+#include "json_row.h"
+
+#include "../core/json_text.h"
+#include "cell_value.h"
+#include "failure.h"
+#include "nul_free.h"
+#include "plain_members.h"
+
+namespace vorn
+{
+
+std::string rowValue(const std::string& strRow)
+{
+    return "CASE WHEN " + strRow + ".type='text' THEN '\"'||" + strRow + ".value WHEN " + strRow +
+           ".type IN ('true','false','null') THEN " + strRow + ".type ELSE " + strRow + ".value END";
+}
+
+bool toRowValue(ConditionParts& parts, const Subject& subject, const Json::Value& jValue, ListValue& item)
+{
+    if (!checkValue(anyJsonMember(), jValue, subject.name, parts.status))
+        return false;
+    item.blJsonReal = false;
+    if (jValue.isString())
+        item.value = BoundValue::owned('"' + nulFree(textOf(jValue)));
+    else if (jValue.isInt64() && jValue.type() != Json::realValue)
+        item.value = BoundValue::integer(jValue.asInt64());
+    else
+        item.value = BoundValue::owned(nulFreeJson(toString(jValue)));
+    item.blJsonReal = jValue.isDouble() && item.value.kind() == BoundValue::Kind::Text;
+    return true;
+}
+
+std::string writeWalk(ConditionParts& parts, const Subject& subject)
+{
+    constexpr int kMaxNames = 60;  // SQLite joins 64 tables at most
+
+    // A row must not hide the table, whatever that is called.
+    const char first = subject.pMember->strColumn[1];
+    const char letter = first == 'j' || first == 'J' ? 'k' : 'j';
+    const std::string strCell = nulFreeSql(subject.pMember->strColumn);
+    if (!subject.blPath)
+    {
+        parts.strSql += "FROM (SELECT json_type(" + strCell + ") AS type," + strCell + " AS value) AS ";
+        parts.strSql += letter;
+        return std::string(1, letter);
+    }
+
+    std::string strRow;
+    std::string strWhere;
+    std::string_view rest = subject.path;
+    for (int i = 1; i <= kMaxNames; ++i)
+    {
+        const std::size_t dot = rest.find('.');
+        const std::string strSource =
+            strRow.empty() ? strCell : "CASE " + strRow + ".type WHEN 'object' THEN " + strRow + ".value END";
+        parts.strSql += strRow.empty() ? "FROM " : ",";
+        strRow = letter + std::to_string(i);
+        parts.strSql += "json_each(" + strSource + ") AS " + strRow;
+        strWhere += (strWhere.empty() ? " WHERE " : " AND ") + strRow + ".\"key\"=?";
+        parts.values.push_back(BoundValue::owned(nulFree(rest.substr(0, dot))));
+        if (dot == std::string_view::npos)
+        {
+            parts.strSql += strWhere;
+            return strRow;
+        }
+        rest.remove_prefix(dot + 1);
+    }
+    fail(parts.status, Code::BadRequest, subject.name,
+         "A path must not have more than " + std::to_string(kMaxNames) + " names.");
+    return std::string();
+}
+
+std::string writeExists(ConditionParts& parts, const Subject& subject, bool blNegated)
+{
+    parts.strSql += blNegated ? "NOT EXISTS (SELECT 1 " : "EXISTS (SELECT 1 ";
+    std::string strRow = writeWalk(parts, subject);
+    parts.strSql += subject.blPath ? " AND " : " WHERE ";
+    return strRow;
+}
+
+}  // namespace vorn

@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+//
+// What a request says beside its filter: order, page and fields.
+
+#ifndef VORN_REQUEST_KEYS_H
+#define VORN_REQUEST_KEYS_H
+
+#include <json/json.h>
+
+#include <string_view>
+
+#include "condition_parts.h"
+#include "conditions.h"
+
+namespace vorn
+{
+
+class RequestKeys
+{
+public:
+    enum Key : unsigned char
+    {
+        SortBy,
+        SortDirection,
+        Limit,
+        Offset,
+        Fields,
+        None
+    };
+
+    // The key of that name, with or without "$" in front.
+    static Key keyOf(std::string_view name);
+    static const char* nearest(std::string_view name);  // the nearest key's name without "$", or ""
+
+    // Takes note of a key. False where it has come before in its other spelling.
+    bool take(Key key, std::string_view name, const Json::Value& jValue, Status& status);
+
+    // Checks what was noted and appends " ORDER BY ..." and " LIMIT ? OFFSET ?". blOne: at most one row is wanted.
+    bool write(const Definition& definition, ConditionParts& parts, bool blOne, std::vector<const Member*>& fields);
+
+private:
+    bool writeOrder(const Definition& definition, ConditionParts& parts) const;
+    bool writeSortKey(const Definition& definition, ConditionParts& parts, const Json::Value& jKey,
+                      const char* szSeparator) const;
+    bool readDirection(Status& status, bool& blDescending) const;
+    bool readNumber(Key key, Status& status, std::int64_t& iNumber) const;
+    bool writePage(ConditionParts& parts, bool blOne) const;
+    bool readFields(const Definition& definition, Status& status, std::vector<const Member*>& fields) const;
+    bool failKey(Key key, Status& status, const char* szText) const;
+
+    const Json::Value* m_pValues[None] = {};
+    std::string_view m_names[None];
+};
+
+}  // namespace vorn
+
+#endif  // VORN_REQUEST_KEYS_H
