@@ -10,6 +10,8 @@
 #include <string_view>
 #include <utility>
 
+struct sqlite3_value;
+
 namespace vorn
 {
 
@@ -21,7 +23,8 @@ public:
         Null,
         Integer,
         Real,
-        Text
+        Text,
+        Value
     };
 
     BoundValue() = default;
@@ -52,9 +55,18 @@ public:
         return value;
     }
 
+    // What another statement gave; it must live until the statement has been reset.
+    static BoundValue sqlite(sqlite3_value* pValue)
+    {
+        BoundValue value(Kind::Value);
+        value.m_pValue = pValue;
+        return value;
+    }
+
     Kind kind() const { return m_kind; }
     std::int64_t integer() const { return m_iValue; }
     double real() const { return m_dValue; }
+    sqlite3_value* sqlite() const { return m_pValue; }
     std::string_view text() const { return m_blOwned ? std::string_view(m_strText) : m_text; }
 
 private:
@@ -66,6 +78,7 @@ private:
     {
         std::int64_t m_iValue = 0;
         double m_dValue;
+        sqlite3_value* m_pValue;
     };
     std::string_view m_text;
     std::string m_strText;

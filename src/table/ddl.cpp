@@ -1,0 +1,111 @@
+// SPDX-License-Identifier: MIT
+
+#include "ddl.h"
+
+#include <algorithm>
+#include <charconv>
+
+#include "cell_value.h"
+
+namespace vorn
+{
+
+namespace
+{
+
+bool isSoleKey(const Definition& definition, const Member& member)
+{
+    return member.blKey && std::count_if(definition.members().begin(), definition.members().end(),
+                                         [](const Member& other) { return other.blKey; }) == 1;
+}
+
+std::string textLiteral(std::string_view text)
+{
+    static constexpr char kHexDigits[] = "0123456789abcdef";
+    if (text.find('\0') != std::string_view::npos)  // a literal would end there
+    {
+        std::string strHex = "(CAST(x'";
+        for (const char c : text)
+        {
+            strHex += kHexDigits[static_cast<unsigned char>(c) >> 4];
+            strHex += kHexDigits[static_cast<unsigned char>(c) & 15];
+        }
+        return strHex + "' AS TEXT))";
+    }
+    std::string strLiteral = "'";
+    for (const char c : text)
+        strLiteral.append(c == '\'' ? 2 : 1, c);
+    return strLiteral + '\'';
+}
+
+std::string literal(const BoundValue& value)
+{
+    switch (value.kind())
+    {
+        case BoundValue::Kind::Integer:
+            return std::to_string(value.integer());
+        case BoundValue::Kind::Real:
+        {
+            char szText[32];
+            return {szText, std::to_chars(szText, szText + sizeof szText, value.real()).ptr};
+        }
+        case BoundValue::Kind::Text:
+            return textLiteral(value.text());
+        default:
+            return "NULL";
+    }
+}
+
+}  // namespace
+
+const char* columnTypeName(const Member& member)
+{
+    switch (member.pType->valueClass)
+    {
+        case ValueClass::Float:
+        case ValueClass::Double:
+            return "REAL";
+        case ValueClass::String:
+        case ValueClass::Object:
+        case ValueClass::Array:
+        case ValueClass::AnyJson:
+            return "TEXT";
+        default:
+            return "INTEGER";
+    }
+}
+
+std::string columnText(const Member& member)
+{
+    std::string strText = member.strQuoted + ' ' + columnTypeName(member);
+    if (member.blKey || member.blRequired)
+        strText += " NOT NULL";
+    BoundValue value;
+    Status unused;  // the definition has checked the default
+    if (!member.jDefault.isNull() && toBound(member, member.jDefault, member.name, value, unused))
+        strText += " DEFAULT " + literal(value);
+    return strText;
+}
+
+std::string createTableText(const Definition& definition)
+{
+    std::string strColumns;
+    std::string strKey;
+    for (const Member& member : definition.members())
+    {
+        strColumns += strColumns.empty() ? "" : ", ";
+        // Alone, a key of an integer type is the rowid and numbers itself.
+        if (isSoleKey(definition, member) && std::string_view(columnTypeName(member)) == "INTEGER")
+        {
+            strColumns += member.strQuoted + " INTEGER PRIMARY KEY";
+            continue;
+        }
+        strColumns += columnText(member);
+        if (member.blKey)
+            strKey += (strKey.empty() ? "" : ", ") + member.strQuoted;
+    }
+    return "CREATE TABLE " + definition.quotedName() + " (" + strColumns +
+           (strKey.empty() ? "" : ", PRIMARY KEY (" + strKey + ')') + ')';
+}
+
+}  // namespace vorn

@@ -1,0 +1,188 @@
+// SPDX-License-Identifier: MIT
+
+#include "facts.h"
+
+#include <sqlite3.h>
+
+#include <algorithm>
+#include <map>
+
+#include "definition.h"
+#include "prepare.h"
+#include "sqlite_status.h"
+#include "waiter.h"
+
+namespace vorn
+{
+
+namespace
+{
+
+struct Column
+{
+    std::string strName;
+    std::string strType;
+    bool blFillsItself = false;
+    int iKey = 0;  // its place in the primary key, from 1, or 0
+};
+
+std::string textOfColumn(sqlite3_stmt* pStatement, int iColumn)
+{
+    const auto* szText = reinterpret_cast<const char*>(sqlite3_column_text(pStatement, iColumn));
+    return szText != nullptr ? szText : "";
+}
+
+bool sameName(std::string_view left, std::string_view right)
+{
+    return left.size() == right.size() &&
+           sqlite3_strnicmp(left.data(), right.data(), static_cast<int>(left.size())) == 0;
+}
+
+// Calls visit(statement) for each row.
+template <typename Visit>
+bool eachRow(sqlite3* pDb, const std::string& strSql, Waiter& waiter, Status& status, Visit visit)
+{
+    StatementPointer pStatement;
+    if (!prepare(pDb, strSql, waiter, pStatement, status))
+        return false;
+    int iResult = sqlite3_step(pStatement.get());
+    for (; iResult == SQLITE_ROW; iResult = sqlite3_step(pStatement.get()))
+        visit(pStatement.get());
+    if (iResult == SQLITE_DONE)
+        return true;
+    return failSqlite(status, pDb, failureOf(pDb, pStatement.get()));
+}
+
+bool readColumns(sqlite3* pDb, const Definition& definition, Waiter& waiter, std::vector<Column>& columns,
+                 Status& status)
+{
+    return eachRow(pDb, "PRAGMA table_xinfo(" + definition.quotedName() + ")", waiter, status,
+                   [&columns](sqlite3_stmt* pRow)
+                   {
+                       constexpr int kName = 1;
+                       constexpr int kType = 2;
+                       constexpr int kDefault = 4;
+                       constexpr int kKey = 5;
+                       constexpr int kHidden = 6;
+                       Column column;
+                       column.strName = textOfColumn(pRow, kName);
+                       column.strType = textOfColumn(pRow, kType);
+                       column.blFillsItself = (sqlite3_column_type(pRow, kDefault) != SQLITE_NULL &&
+                                               !sameName(textOfColumn(pRow, kDefault), "null")) ||
+                                              sqlite3_column_int(pRow, kHidden) > 1;  // a generated column
+                       column.iKey = sqlite3_column_int(pRow, kKey);
+                       columns.push_back(std::move(column));
+                   });
+}
+
+const Column* findColumn(const std::vector<Column>& columns, std::string_view name)
+{
+    const auto it = std::find_if(columns.begin(), columns.end(),
+                                 [name](const Column& column) { return sameName(column.strName, name); });
+    return it != columns.end() ? &*it : nullptr;
+}
+
+// The first of the rowid's names that no column of the table has taken; "" where there is no rowid.
+std::string rowidName(sqlite3* pDb, const Definition& definition, const std::vector<Column>& columns)
+{
+    for (const char* szName : {"rowid", "_rowid_", "oid"})
+        if (findColumn(columns, szName) == nullptr)
+            return sqlite3_table_column_metadata(pDb, nullptr, definition.name().c_str(), szName, nullptr, nullptr,
+                                                 nullptr, nullptr, nullptr) == SQLITE_OK
+                       ? definition.quotedName() + '.' + szName
+                       : std::string();
+    return {};
+}
+
+bool readTriggers(sqlite3* pDb, const Definition& definition, Waiter& waiter, Facts& facts, Status& status)
+{
+    // A name stands for the table in temp, else for the one in the first database that has it.
+    const auto lookAtTable = [&facts](sqlite3_stmt* pRow)
+    {
+        const std::string strSchema = textOfColumn(pRow, 0);
+        if (facts.strSchema.empty() || strSchema == "temp")
+            facts.strSchema = strSchema;
+    };
+    if (!eachRow(pDb, "PRAGMA table_list(" + definition.quotedName() + ")", waiter, status, lookAtTable))
+        return false;
+    if (facts.strSchema.empty())
+        return true;
+    for (const std::string& strSchema : {facts.strSchema, std::string("temp")})
+    {
+        const auto lookAtTrigger = [&facts, &definition](sqlite3_stmt* pRow)
+        { facts.blTriggers = facts.blTriggers || sameName(textOfColumn(pRow, 0), definition.name()); };
+        if (!eachRow(pDb, "SELECT tbl_name FROM " + quoted(strSchema) + ".sqlite_master WHERE type = 'trigger'", waiter,
+                     status, lookAtTrigger))
+            return false;
+    }
+    return true;
+}
+
+}  // namespace
+
+bool readFacts(sqlite3* pDb, const Definition& definition, Waiter& waiter, Facts& facts, Status& status)
+{
+    std::vector<Column> columns;
+    Facts read;
+    if (!readColumns(pDb, definition, waiter, columns, status))
+        return false;
+    read.blExists = !columns.empty();
+
+    for (const Member& member : definition.members())
+    {
+        const Column* pColumn = findColumn(columns, member.name);
+        if (pColumn == nullptr && read.strMissing.empty())
+            read.strMissing = member.name;
+        read.fillsItself.push_back(pColumn != nullptr && pColumn->blFillsItself);
+    }
+
+    std::map<int, const Column*> key;
+    for (const Column& column : columns)
+        if (column.iKey > 0)
+            key.emplace(column.iKey, &column);
+    for (const auto& [iPlace, pColumn] : key)
+    {
+        const auto it =
+            std::find_if(definition.members().begin(), definition.members().end(),
+                         [pColumn = pColumn](const Member& member) { return sameName(member.name, pColumn->strName); });
+        read.key.push_back({quoted(pColumn->strName), it != definition.members().end() ? &*it : nullptr});
+    }
+
+    for (const KeyColumn& column : read.key)
+        read.strByKey +=
+            (read.strByKey.empty() ? " WHERE " : " AND ") + definition.quotedName() + '.' + column.strQuoted + " = ?";
+    read.strRowid = read.blExists ? rowidName(pDb, definition, columns) : std::string();
+    read.strByRowid = " WHERE " + read.strRowid + " = ?";
+    if (!readTriggers(pDb, definition, waiter, read, status))
+        return false;
+    if (key.size() == 1 && sameName(key.begin()->second->strType, "integer"))
+    {
+        // A key of the type INTEGER is the rowid, unless it stands in an index of its own.
+        bool blIndex = false;
+        const auto lookAt = [&blIndex](sqlite3_stmt* pRow)
+        {
+            constexpr int kOrigin = 3;
+            blIndex = blIndex || textOfColumn(pRow, kOrigin) == "pk";
+        };
+        if (!eachRow(pDb, "PRAGMA index_list(" + definition.quotedName() + ")", waiter, status, lookAt))
+            return false;
+        read.blRowidKey = !blIndex;
+        if (read.blRowidKey && read.key.front().pMember != nullptr)
+            read.fillsItself[static_cast<std::size_t>(read.key.front().pMember - definition.members().data())] = true;
+    }
+    facts = std::move(read);
+    return true;
+}
+
+void refreshSchema(sqlite3* pDb, const Definition& definition)
+{
+    // Running a statement compares the schema with the file's; so does one that cannot be compiled.
+    sqlite3_stmt* pStatement = nullptr;
+    const std::string strSql = "SELECT 1 FROM " + definition.quotedName() + " LIMIT 0";
+    sqlite3_prepare_v2(pDb, strSql.c_str(), static_cast<int>(strSql.size()) + 1, &pStatement, nullptr);
+    const StatementPointer pOwner(pStatement);
+    if (pStatement != nullptr)
+        sqlite3_step(pStatement);
+}
+
+}  // namespace vorn

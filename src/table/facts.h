@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+//
+// What the table in the database is like, as far as a definition cannot tell.
+
+#ifndef VORN_FACTS_H
+#define VORN_FACTS_H
+
+#include <vorn/status.h>
+
+#include <string>
+#include <string_view>
+#include <vector>
+
+struct sqlite3;
+
+namespace vorn
+{
+
+class Definition;
+class Waiter;
+struct Member;
+
+struct KeyColumn
+{
+    std::string strQuoted;  // "name", as SQL writes it
+    const Member* pMember;  // null where the definition does not declare it
+};
+
+struct Facts
+{
+    std::string strRowid;           // the rowid's column, "table"."rowid", or "" where there is none
+    bool blRowidKey = false;        // the primary key is the rowid and numbers itself
+    std::vector<KeyColumn> key;     // the primary key
+    std::string strByRowid;         // " WHERE ..." for one rowid
+    std::string strByKey;           // " WHERE ..." for one key; "" where there is none
+    std::string strSchema;          // the database that holds the table: "main", ...
+    bool blTriggers = false;        // there may be triggers on the table
+    std::vector<bool> fillsItself;  // for each member: the column gives a value where none is given
+    std::string strMissing;         // the first declared member without a column, or ""
+    bool blExists = false;          // there is a table, a view or a virtual table of that name
+};
+
+// Reads them by the connection's view of the schema. False where SQLite fails; a missing table or column is none.
+bool readFacts(sqlite3* pDb, const Definition& definition, Waiter& waiter, Facts& facts, Status& status);
+
+// Reads the schema anew where another connection has changed it.
+void refreshSchema(sqlite3* pDb, const Definition& definition);
+
+}  // namespace vorn
+
+#endif  // VORN_FACTS_H

@@ -1,0 +1,218 @@
+// SPDX-License-Identifier: MIT
+
+#include "read_cell.h"
+
+#include <sqlite3.h>
+
+#include <charconv>
+#include <cmath>
+#include <limits>
+#include <new>
+
+#include "../core/json_text.h"
+
+namespace vorn
+{
+
+namespace
+{
+
+// Sets the value alone; assigning it would also move the comments that JsonCpp keeps beside every value.
+Cell set(Json::Value& jValue, Json::Value jNew)
+{
+    jValue.swapPayload(jNew);
+    return Cell::Value;
+}
+
+Cell setWhole(ValueClass valueClass, std::int64_t iValue, Json::Value& jValue)
+{
+    switch (valueClass)
+    {
+        case ValueClass::Int32:
+            if (iValue < std::numeric_limits<Json::Int>::min() || iValue > std::numeric_limits<Json::Int>::max())
+                return Cell::Bad;
+            return set(jValue, Json::Value(static_cast<Json::Int>(iValue)));
+        case ValueClass::UInt32:
+            if (iValue < 0 || iValue > std::numeric_limits<Json::UInt>::max())
+                return Cell::Bad;
+            return set(jValue, Json::Value(static_cast<Json::UInt>(iValue)));
+        case ValueClass::UInt63:
+            return iValue < 0 ? Cell::Bad : set(jValue, Json::Value(static_cast<Json::UInt64>(iValue)));
+        case ValueClass::Bool:
+            return iValue < 0 || iValue > 1 ? Cell::Bad : set(jValue, Json::Value(iValue == 1));
+        default:
+            return set(jValue, Json::Value(static_cast<Json::Int64>(iValue)));
+    }
+}
+
+bool isDigit(char c)
+{
+    return c >= '0' && c <= '9';
+}
+
+// Canonical decimal: what a whole number is written as, and nothing else.
+bool wholeOfText(std::string_view text, std::int64_t& iValue)
+{
+    const std::string_view digits = text.substr(!text.empty() && text[0] == '-' ? 1 : 0);
+    if (digits.empty() || !isDigit(digits[0]) || (digits[0] == '0' && text.size() > 1))
+        return false;
+    const auto result = std::from_chars(text.data(), text.data() + text.size(), iValue);
+    return result.ec == std::errc() && result.ptr == text.data() + text.size();
+}
+
+// A number as JSON's grammar writes it.
+bool realOfText(std::string_view text, double& dValue)
+{
+    const char* sz = text.data();
+    const char* const szEnd = sz + text.size();
+    const auto digits = [&sz, szEnd]()
+    {
+        const char* const szStart = sz;
+        while (sz != szEnd && isDigit(*sz))
+            ++sz;
+        return sz - szStart;
+    };
+    if (sz != szEnd && *sz == '-')
+        ++sz;
+    const bool blZero = sz != szEnd && *sz == '0';
+    const std::ptrdiff_t whole = digits();
+    if (whole == 0 || (blZero && whole > 1))
+        return false;
+    if (sz != szEnd && *sz == '.' && (++sz, digits()) == 0)
+        return false;
+    if (sz != szEnd && (*sz == 'e' || *sz == 'E'))
+    {
+        ++sz;
+        if (sz != szEnd && (*sz == '+' || *sz == '-'))
+            ++sz;
+        if (digits() == 0)
+            return false;
+    }
+    return sz == szEnd && std::from_chars(text.data(), szEnd, dValue).ec == std::errc();
+}
+
+Cell readReal(ValueClass valueClass, double dValue, Json::Value& jValue)
+{
+    constexpr double kTwoTo63 = 9223372036854775808.0;
+    if (!(dValue >= -kTwoTo63 && dValue < kTwoTo63) || dValue != std::trunc(dValue))
+        return Cell::Bad;
+    return setWhole(valueClass, static_cast<std::int64_t>(dValue), jValue);
+}
+
+Cell readJsonText(ValueClass valueClass, std::string_view text, JsonReader& reader, StrictReader& strictReader,
+                  Json::Value& jValue)
+{
+    Json::Value jRead;
+    if (!strictReader.read(text, reader, jRead) || (valueClass == ValueClass::Object && !jRead.isObject()) ||
+        (valueClass == ValueClass::Array && !jRead.isArray()))
+        return Cell::Bad;
+    if (jRead.isNull())
+        return Cell::Absent;
+    jValue.swapPayload(jRead);
+    return Cell::Value;
+}
+
+// The characters of a text or BLOB column, or of a number as text.
+std::string_view columnText(sqlite3_stmt* pStatement, int iColumn, bool blBlob)
+{
+    const void* pText = blBlob ? sqlite3_column_blob(pStatement, iColumn) : sqlite3_column_text(pStatement, iColumn);
+    const int iBytes = sqlite3_column_bytes(pStatement, iColumn);
+    if (pText == nullptr)
+    {
+        if (sqlite3_errcode(sqlite3_db_handle(pStatement)) == SQLITE_NOMEM)
+            throw std::bad_alloc();
+        return "";
+    }
+    return {static_cast<const char*>(pText), static_cast<std::size_t>(iBytes)};
+}
+
+Cell setText(std::string_view text, Json::Value& jValue)
+{
+    return set(jValue, Json::Value(text.data(), text.data() + text.size()));
+}
+
+}  // namespace
+
+bool StrictReader::read(std::string_view text, JsonReader& reader, Json::Value& jValue)
+{
+    if (m_pReader == nullptr)
+    {
+        constexpr int kLevels = 1001;  // JsonCpp counts what stands in the innermost level too
+        Json::CharReaderBuilder builder;
+        Json::CharReaderBuilder::strictMode(&builder.settings_);
+        builder["strictRoot"] = false;
+        builder["rejectDupKeys"] = false;
+        builder["skipBom"] = false;
+        builder["stackLimit"] = kLevels;
+        m_pReader.reset(builder.newCharReader());
+    }
+    return readJson(text, reader, *m_pReader, jValue);
+}
+
+Cell readText(const Member& member, std::string_view text, JsonReader& reader, StrictReader& strictReader,
+              Json::Value& jValue)
+{
+    const ValueClass valueClass = member.pType->valueClass;
+    switch (valueClass)
+    {
+        case ValueClass::String:
+            return setText(text, jValue);
+        case ValueClass::Float:
+        case ValueClass::Double:
+        {
+            double dValue = 0;
+            return realOfText(text, dValue) ? set(jValue, Json::Value(dValue)) : Cell::Bad;
+        }
+        case ValueClass::Object:
+        case ValueClass::Array:
+        case ValueClass::AnyJson:
+            return readJsonText(valueClass, text, reader, strictReader, jValue);
+        default:
+        {
+            std::int64_t iValue = 0;
+            return wholeOfText(text, iValue) ? setWhole(valueClass, iValue, jValue) : Cell::Bad;
+        }
+    }
+}
+
+Cell readCell(const Member& member, sqlite3_stmt* pStatement, int iColumn, JsonReader& reader,
+              StrictReader& strictReader, Json::Value& jValue)
+{
+    const ValueClass valueClass = member.pType->valueClass;
+    const int iType = sqlite3_column_type(pStatement, iColumn);
+    if (iType == SQLITE_NULL)
+        return Cell::Absent;
+    if (iType == SQLITE_TEXT)
+        return readText(member, columnText(pStatement, iColumn, false), reader, strictReader, jValue);
+    if (valueClass == ValueClass::String)
+        return setText(columnText(pStatement, iColumn, iType == SQLITE_BLOB), jValue);
+    if (iType == SQLITE_BLOB || valueClass == ValueClass::Object || valueClass == ValueClass::Array)
+        return Cell::Bad;
+    if (valueClass == ValueClass::Float || valueClass == ValueClass::Double)
+        return set(jValue, Json::Value(sqlite3_column_double(pStatement, iColumn)));
+    if (iType == SQLITE_INTEGER)
+        return setWhole(valueClass, sqlite3_column_int64(pStatement, iColumn), jValue);
+    if (valueClass == ValueClass::AnyJson)
+        return set(jValue, Json::Value(sqlite3_column_double(pStatement, iColumn)));
+    return readReal(valueClass, sqlite3_column_double(pStatement, iColumn), jValue);
+}
+
+void readAny(sqlite3_stmt* pStatement, int iColumn, Json::Value& jValue)
+{
+    switch (const int iType = sqlite3_column_type(pStatement, iColumn))
+    {
+        case SQLITE_NULL:
+            break;
+        case SQLITE_INTEGER:
+            set(jValue, Json::Value(static_cast<Json::Int64>(sqlite3_column_int64(pStatement, iColumn))));
+            break;
+        case SQLITE_FLOAT:
+            set(jValue, Json::Value(sqlite3_column_double(pStatement, iColumn)));
+            break;
+        default:
+            setText(columnText(pStatement, iColumn, iType == SQLITE_BLOB), jValue);
+            break;
+    }
+}
+
+}  // namespace vorn

@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+//
+// From what a cell holds to the JSON value of its member.
+
+#ifndef VORN_READ_CELL_H
+#define VORN_READ_CELL_H
+
+#include <json/json.h>
+
+#include <memory>
+#include <string_view>
+
+#include "../core/json_reader.h"
+#include "definition.h"
+
+struct sqlite3_stmt;
+
+namespace vorn
+{
+
+enum class Cell : unsigned char
+{
+    Value,
+    Absent,
+    Bad  // it holds something that is no value of the member
+};
+
+// Reads texts of the JSON types: strict JSON, 1,000 levels deep. Made when it is first needed, because it is costly.
+class StrictReader
+{
+public:
+    bool read(std::string_view text, JsonReader& reader, Json::Value& jValue);
+
+private:
+    std::unique_ptr<Json::CharReader> m_pReader;
+};
+
+// The value that a text stands for; a NUL stands behind it. Leaves jValue alone unless it is Cell::Value.
+Cell readText(const Member& member, std::string_view text, JsonReader& reader, StrictReader& strictReader,
+              Json::Value& jValue);
+
+// The same for a column of the statement's row. What converts without loss is converted.
+Cell readCell(const Member& member, sqlite3_stmt* pStatement, int iColumn, JsonReader& reader,
+              StrictReader& strictReader, Json::Value& jValue);
+
+// A column that belongs to no member: what the cell holds.
+void readAny(sqlite3_stmt* pStatement, int iColumn, Json::Value& jValue);
+
+}  // namespace vorn
+
+#endif  // VORN_READ_CELL_H

@@ -1,0 +1,92 @@
+// SPDX-License-Identifier: MIT
+
+#include "record.h"
+
+#include "../core/json_members.h"
+#include "cell_value.h"
+#include "failure.h"
+
+namespace vorn
+{
+
+namespace
+{
+
+bool failKind(Status& status)
+{
+    return fail(status, Code::BadRequest, "", "A record must be an object.");
+}
+
+bool failUnknown(Status& status, std::string_view name)
+{
+    return fail(status, Code::UnknownMember, name, "The definition has no member " + shown(name) + '.');
+}
+
+}  // namespace
+
+bool checkRecord(const Definition& definition, const Json::Value& jRec, Status& status)
+{
+    if (!jRec.isObject())
+        return failKind(status);
+    std::size_t expected = 0;
+    for (auto it = jRec.begin(); it != jRec.end(); ++it)
+    {
+        const std::string_view name = nameOf(it);
+        const Member* pMember = definition.find(name, expected);
+        if (pMember == nullptr)
+            return failUnknown(status, name);
+        if (!checkValue(*pMember, *it, name, status))
+            return false;
+    }
+    return true;
+}
+
+bool bindRecord(const Definition& definition, const Json::Value& jRec, bool blDefaults, RecordValues& record,
+                Status& status)
+{
+    if (!jRec.isObject())
+        return failKind(status);
+    record.values.reserve(definition.members().size());
+    auto it = jRec.begin();
+    const auto itEnd = jRec.end();
+    std::size_t place = 0;
+    for (const Member& member : definition.members())
+    {
+        // Both stand in the same order, so a name that comes before the member's is no member's.
+        const int order = it != itEnd ? nameOf(it).compare(member.name) : 1;
+        if (order < 0)
+            break;
+        const Json::Value* pValue = order == 0 ? &*it : blDefaults && member.blHasDefault ? &member.jDefault : nullptr;
+        if (pValue != nullptr)
+        {
+            if (!toBound(member, *pValue, member.name, record.values.emplace_back(), status))
+                return false;
+            record.members.add(place);
+        }
+        if (order == 0)
+            ++it;
+        ++place;
+    }
+    return it == itEnd || failUnknown(status, nameOf(it));
+}
+
+bool checkRequired(const Store& store, const Json::Value& jRec, bool blNew, bool blDefaults, Status& status)
+{
+    for (const Member& member : store.definition.members())
+    {
+        if (!member.blRequired && !member.blKey)
+            continue;
+        if (store.facts.blRowidKey && store.facts.key.front().pMember == &member && blNew)
+            continue;
+        const Json::Value* pValue = jRec.find(member.name.data(), member.name.data() + member.name.size());
+        if (pValue == nullptr && !blNew)
+            continue;
+        if (pValue == nullptr && blDefaults && member.blHasDefault)
+            pValue = &member.jDefault;
+        if (pValue != nullptr ? pValue->isNull() : !store.facts.fillsItself[store.placeOf(member)])
+            return fail(status, Code::Constraint, member.name, shown(member.name) + " must not be absent.");
+    }
+    return true;
+}
+
+}  // namespace vorn

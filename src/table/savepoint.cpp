@@ -1,0 +1,51 @@
+// SPDX-License-Identifier: MIT
+
+#include "savepoint.h"
+
+#include <sqlite3.h>
+
+#include "failure.h"
+#include "run.h"
+
+namespace vorn
+{
+
+bool Savepoint::begin(Status& status)
+{
+    static const std::vector<BoundValue> noValues;
+
+    m_blOwn = sqlite3_get_autocommit(m_store.pDb) != 0;
+    Waiter noWaiting(0);  // a savepoint takes no lock
+    Run run(m_store, noWaiting);
+    if (run.start({StatementKind::Text, nullptr, "SAVEPOINT vorn"}, noValues, status))
+    {
+        m_store.blOwnTransaction = m_blOwn || m_store.blOwnTransaction;
+        return m_blOpen = true;
+    }
+    if (status.code == Code::Locked)
+        fail(status, Code::Misuse, "",
+             "This needs a transaction of its own, which cannot begin while SQLite runs a statement that writes.");
+    return false;
+}
+
+bool Savepoint::keep(Status& status)
+{
+    static const std::vector<BoundValue> noValues;
+
+    Run run(m_store, m_waiter);
+    if (!run.start({StatementKind::Text, nullptr, "RELEASE vorn"}, noValues, status))
+        return false;
+    m_blOpen = false;
+    return true;
+}
+
+void Savepoint::undo() noexcept
+{
+    if (m_blOwn)
+        m_store.blOwnTransaction = false;
+    if (!m_blOpen || sqlite3_get_autocommit(m_store.pDb) != 0)  // SQLite may have ended the transaction itself
+        return;
+    sqlite3_exec(m_store.pDb, m_blOwn ? "ROLLBACK" : "ROLLBACK TO vorn; RELEASE vorn", nullptr, nullptr, nullptr);
+}
+
+}  // namespace vorn

@@ -1,0 +1,104 @@
+// SPDX-License-Identifier: MIT
+
+#include "store.h"
+
+#include "cell_value.h"
+#include "failure.h"
+
+namespace vorn
+{
+
+namespace
+{
+
+// The members of the shape, each as write gives it, with commas between them.
+template <typename Write>
+std::string joined(const Store& store, const MemberSet* pMembers, Write write)
+{
+    std::string strText;
+    for (const Member& member : store.definition.members())
+    {
+        if (pMembers != nullptr && !pMembers->has(store.placeOf(member)))
+            continue;
+        if (!strText.empty())
+            strText += ", ";
+        strText += write(member);
+    }
+    return strText;
+}
+
+std::string insertText(const Store& store, const MemberSet& members, const char* szInsert = "INSERT")
+{
+    const std::string strNames = joined(store, &members, [](const Member& member) { return member.strQuoted; });
+    const std::string strInto = std::string(szInsert) + " INTO " + store.definition.quotedName();
+    if (strNames.empty())
+        return strInto + " DEFAULT VALUES";
+    return strInto + " (" + strNames + ") VALUES (" + joined(store, &members, [](const Member&) { return "?"; }) + ')';
+}
+
+std::string keyText(const Store& store)
+{
+    std::string strText;
+    for (const KeyColumn& column : store.facts.key)
+        strText += (strText.empty() ? "" : ", ") + column.strQuoted;
+    return strText;
+}
+
+}  // namespace
+
+bool Store::look(Waiter& waiter, Status& status)
+{
+    if (blFacts)
+        return true;
+    for (const bool blAgain : {false, true})
+    {
+        if (blAgain)
+            refreshSchema(pDb, definition);
+        if (!readFacts(pDb, definition, waiter, facts, status))
+            return false;
+        if (facts.blExists && facts.strMissing.empty())
+            return blFacts = true;
+    }
+    if (!facts.blExists)
+        return fail(status, Code::Missing, "",
+                    "The table " + shown(definition.name()) + " does not exist; tableUpgrade() makes it.");
+    return fail(status, Code::Missing, facts.strMissing,
+                "The table has no column for " + shown(facts.strMissing) + "; tableUpgrade() adds it.");
+}
+
+void Store::forget()
+{
+    blFacts = false;
+    cache.clear();
+}
+
+std::string statementText(const Store& store, const Shape& shape)
+{
+    const std::string& strTable = store.definition.quotedName();
+    const std::string strTail(shape.tail);
+    switch (shape.kind)
+    {
+        case StatementKind::Select:
+            return "SELECT " + joined(store, shape.pMembers, [](const Member& member) { return member.strColumn; }) +
+                   (store.facts.strRowid.empty() ? "" : ", " + store.facts.strRowid) + " FROM " + strTable + strTail;
+        case StatementKind::Count:
+            return "SELECT count(*) FROM " + strTable + strTail;
+        case StatementKind::Insert:
+            return insertText(store, *shape.pMembers);
+        case StatementKind::InsertKey:
+            return insertText(store, *shape.pMembers) + " RETURNING " + keyText(store);
+        case StatementKind::InsertAbort:
+            return insertText(store, *shape.pMembers, "INSERT OR ABORT");
+        case StatementKind::Update:
+        case StatementKind::UpdateAbort:
+            return (shape.kind == StatementKind::Update ? "UPDATE " : "UPDATE OR ABORT ") + strTable + " SET " +
+                   joined(store, shape.pMembers, [](const Member& member) { return member.strQuoted + " = ?"; }) +
+                   strTail;
+        case StatementKind::Delete:
+            return "DELETE FROM " + strTable + strTail;
+        default:
+            return strTail;
+    }
+}
+
+}  // namespace vorn

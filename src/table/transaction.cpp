@@ -1,0 +1,108 @@
+// SPDX-License-Identifier: MIT
+
+#include <sqlite3.h>
+#include <vorn/transaction.h>
+
+#include <cstdint>
+#include <string>
+
+#include "failure.h"
+#include "script.h"
+#include "waiter.h"
+
+namespace vorn
+{
+
+namespace
+{
+
+// Whether SQLite runs a statement that writes: this is then a function that it calls.
+bool isWriting(sqlite3* pDb)
+{
+    for (sqlite3_stmt* p = sqlite3_next_stmt(pDb, nullptr); p != nullptr; p = sqlite3_next_stmt(pDb, p))
+        if (sqlite3_stmt_busy(p) != 0 && sqlite3_stmt_readonly(p) == 0)
+            return true;
+    return false;
+}
+
+}  // namespace
+
+struct Transaction::Inside
+{
+    sqlite3* pDb = nullptr;
+    int iLockTimeout = 0;
+    Status status;
+    bool blOpen = false;
+    std::string strCommit = "COMMIT";
+    std::string strRollback = "ROLLBACK";
+
+    bool begin();
+    bool end(const std::string& strSql);
+    bool isOpen() const { return blOpen && sqlite3_get_autocommit(pDb) == 0; }
+};
+
+bool Transaction::Inside::begin()
+{
+    if (pDb == nullptr)
+        return fail(status, Code::Misuse, "", "There is no connection.");
+    if (isWriting(pDb))
+        return fail(status, Code::Misuse, "", "A transaction cannot begin while SQLite runs a statement that writes.");
+    std::string strBegin = "BEGIN IMMEDIATE";
+    if (sqlite3_get_autocommit(pDb) == 0)
+    {
+        // The name is this object's own: one that is left open must not end another one's work.
+        const std::string strName = "vorn_" + std::to_string(reinterpret_cast<std::uintptr_t>(this));
+        strBegin = "SAVEPOINT " + strName;
+        strCommit = "RELEASE " + strName;
+        strRollback = "ROLLBACK TO " + strName + "; RELEASE " + strName;
+    }
+    Waiter waiter(iLockTimeout);
+    return runScript(pDb, strBegin, waiter, status);
+}
+
+bool Transaction::Inside::end(const std::string& strSql)
+{
+    status = Status();
+    if (!isOpen())
+        return fail(status, Code::Misuse, "", "The transaction is not open.");
+    Waiter waiter(iLockTimeout);
+    if (!runScript(pDb, strSql, waiter, status))
+        return false;
+    blOpen = false;
+    return true;
+}
+
+Transaction::Transaction(sqlite3* pDb, int lockTimeoutMs) : m_pInside(new Inside)
+{
+    m_pInside->pDb = pDb;
+    m_pInside->iLockTimeout = lockTimeoutMs;
+    m_pInside->blOpen = m_pInside->begin();
+}
+
+Transaction::~Transaction()
+{
+    if (isOpen())
+        sqlite3_exec(m_pInside->pDb, m_pInside->strRollback.c_str(), nullptr, nullptr, nullptr);
+}
+
+bool Transaction::isOpen() const
+{
+    return m_pInside->isOpen();
+}
+
+const Status& Transaction::status() const
+{
+    return m_pInside->status;
+}
+
+int Transaction::commit()
+{
+    return m_pInside->end(m_pInside->strCommit) ? 0 : -1;
+}
+
+int Transaction::rollback()
+{
+    return m_pInside->end(m_pInside->strRollback) ? 0 : -1;
+}
+
+}  // namespace vorn

@@ -1,0 +1,269 @@
+// SPDX-License-Identifier: MIT
+//
+// New records, and records that are saved.
+
+#include <sqlite3.h>
+
+#include "cell_value.h"
+#include "failure.h"
+#include "operations.h"
+#include "record.h"
+#include "run.h"
+#include "savepoint.h"
+
+namespace vorn
+{
+
+namespace
+{
+
+bool failTrigger(Status& status, const char* szWhat)
+{
+    return fail(status, Code::Constraint, "", szWhat);
+}
+
+// Runs once more what SQLite has ignored, as a statement that fails instead, to learn why. True where it succeeds now.
+bool runIgnored(Store& store, Waiter& waiter, const Shape& shape, const std::vector<BoundValue>& values, Status& status)
+{
+    return runToEnd(store, waiter, shape, values, status) &&
+           (sqlite3_changes64(store.pDb) != 0 || failTrigger(status, "A trigger keeps the record from being stored."));
+}
+
+bool insert(Store& store, Waiter& waiter, const RecordValues& record, Status& status)
+{
+    if (!runToEnd(store, waiter, {StatementKind::Insert, &record.members}, record.values, status))
+        return false;
+    return sqlite3_changes64(store.pDb) != 0 ||
+           runIgnored(store, waiter, {StatementKind::InsertAbort, &record.members}, record.values, status);
+}
+
+// The one record that the tail finds.
+bool readBack(Store& store, Waiter& waiter, std::string_view tail, const std::vector<BoundValue>& values,
+              Json::Value& jRec, Status& status)
+{
+    Run run(store, waiter);
+    if (!run.start({StatementKind::Select, nullptr, tail}, values, status))
+        return false;
+    if (!run.isRow())
+        return failTrigger(status, "A trigger takes the record away.");
+    return run.read(jRec, status);
+}
+
+bool insertAndRead(Store& store, Waiter& waiter, const RecordValues& record, Json::Value& jRec, Status& status)
+{
+    if (!store.facts.strRowid.empty())
+        return insert(store, waiter, record, status) &&
+               readBack(store, waiter, store.facts.strByRowid,
+                        {BoundValue::integer(sqlite3_last_insert_rowid(store.pDb))}, jRec, status);
+    if (store.facts.key.empty())
+        return fail(status, Code::BadRequest, "", "Records of this table cannot be read back: it has no key.");
+
+    // Without a rowid the statement tells the key, in which defaults of the columns may stand.
+    Run run(store, waiter);
+    if (!run.start({StatementKind::InsertKey, &record.members}, record.values, status))
+        return false;
+    if (!run.isRow())
+        return runIgnored(store, waiter, {StatementKind::InsertAbort, &record.members}, record.values, status) &&
+               failTrigger(status, "A trigger keeps the record from being stored.");
+    std::vector<BoundValue> key;
+    for (int i = 0; i < static_cast<int>(store.facts.key.size()); ++i)
+        key.push_back(BoundValue::sqlite(sqlite3_column_value(run.statement(), i)));
+    return readBack(store, waiter, store.facts.strByKey, key, jRec, status) && run.next(status);
+}
+
+// The parts of a record that has a key: the key's values in the key's order, and the others.
+struct KeyedRecord
+{
+    explicit KeyedRecord(const Definition& definition) : others(definition) {}
+
+    RecordValues others;
+    std::vector<BoundValue> key;
+};
+
+// The place of a member's value among those of the record, which has the member.
+std::size_t valuePlace(const Store& store, const RecordValues& record, const Member& member)
+{
+    std::size_t place = 0;
+    for (std::size_t i = 0; i < store.placeOf(member); ++i)
+        place += record.members.has(i) ? 1 : 0;
+    return place;
+}
+
+bool isKey(const Facts& facts, const Member& member)
+{
+    for (const KeyColumn& column : facts.key)
+        if (column.pMember == &member)
+            return true;
+    return false;
+}
+
+KeyedRecord splitKey(const Store& store, const RecordValues& record)
+{
+    KeyedRecord keyed(store.definition);
+    for (const KeyColumn& column : store.facts.key)
+        keyed.key.push_back(record.values[valuePlace(store, record, *column.pMember)]);
+    std::size_t place = 0;
+    for (const Member& member : store.definition.members())
+    {
+        if (!record.members.has(store.placeOf(member)))
+            continue;
+        if (!isKey(store.facts, member))
+        {
+            keyed.others.members.add(store.placeOf(member));
+            keyed.others.values.push_back(record.values[place]);
+        }
+        ++place;
+    }
+    if (keyed.others.values.empty())  // an update must set something
+    {
+        keyed.others.members.add(store.placeOf(*store.facts.key.front().pMember));
+        keyed.others.values.push_back(keyed.key.front());
+    }
+    return keyed;
+}
+
+// Whether the record has its whole key; if not, the member that lacks.
+bool hasKey(const Store& store, const Json::Value& jRec, std::string_view& lacking)
+{
+    for (const KeyColumn& column : store.facts.key)
+    {
+        const Member* pMember = column.pMember;
+        const Json::Value* pValue =
+            pMember != nullptr ? jRec.find(pMember->name.data(), pMember->name.data() + pMember->name.size()) : nullptr;
+        if (pValue == nullptr || pValue->isNull())
+        {
+            lacking = pMember != nullptr ? pMember->name : std::string_view();
+            return false;
+        }
+    }
+    return true;
+}
+
+// Updates the record that has the key and reads it. blFound tells whether there is one.
+bool updateAndRead(Store& store, Waiter& waiter, const RecordValues& record, bool& blFound, Json::Value& jRec,
+                   Status& status)
+{
+    const KeyedRecord keyed = splitKey(store, record);
+    std::vector<BoundValue> values = keyed.others.values;
+    values.insert(values.end(), keyed.key.begin(), keyed.key.end());
+    const Shape shape{StatementKind::Update, &keyed.others.members, store.facts.strByKey};
+    if (!runToEnd(store, waiter, shape, values, status))
+        return false;
+    blFound = sqlite3_changes64(store.pDb) != 0;
+    if (!blFound)
+    {
+        {
+            Run run(store, waiter);
+            if (!run.start({StatementKind::Select, nullptr, store.facts.strByKey}, keyed.key, status))
+                return false;
+            blFound = run.isRow();
+        }
+        if (!blFound)
+            return true;
+        if (!runIgnored(store, waiter, {StatementKind::UpdateAbort, shape.pMembers, shape.tail}, values, status))
+            return false;
+    }
+    return readBack(store, waiter, store.facts.strByKey, keyed.key, jRec, status);
+}
+
+}  // namespace
+
+bool createRecord(Store& store, const Json::Value& jRec, bool blDefaults, Json::Value* pRecOut, Status& status)
+{
+    RecordValues record(store.definition);
+    if (!bindRecord(store.definition, jRec, blDefaults, record, status))
+        return false;
+    Waiter waiter(store.iLockTimeout);
+    if (!store.look(waiter, status) || !checkRequired(store, jRec, true, blDefaults, status))
+        return false;
+    if (pRecOut == nullptr && !store.facts.blTriggers)  // one statement is a transaction by itself
+        return insert(store, waiter, record, status);
+
+    Json::Value jStored;
+    {
+        Savepoint savepoint(store, waiter);
+        if (!savepoint.begin(status) ||
+            !(pRecOut != nullptr ? insertAndRead(store, waiter, record, jStored, status)
+                                 : insert(store, waiter, record, status)) ||
+            !savepoint.keep(status))
+            return false;
+    }
+    if (pRecOut != nullptr)
+        pRecOut->swapPayload(jStored);
+    return true;
+}
+
+bool saveRecord(Store& store, Json::Value& jRec, Status& status)
+{
+    RecordValues record(store.definition);
+    if (!bindRecord(store.definition, jRec, false, record, status))
+        return false;
+    Waiter waiter(store.iLockTimeout);
+    if (!store.look(waiter, status))
+        return false;
+    if (store.facts.key.empty())
+        return fail(status, Code::BadRequest, "", "The table has no primary key by which a record can be saved.");
+    std::string_view lacking;
+    if (!hasKey(store, jRec, lacking))
+        return store.facts.blRowidKey
+                   ? createRecord(store, jRec, false, &jRec, status)
+                   : fail(status, Code::BadRequest, lacking, "A record without its primary key cannot be saved.");
+    if (!checkRequired(store, jRec, false, false, status))
+        return false;
+
+    Json::Value jStored;
+    {
+        Savepoint savepoint(store, waiter);
+        bool blFound = false;
+        if (!savepoint.begin(status) || !updateAndRead(store, waiter, record, blFound, jStored, status))
+            return false;
+        if (!blFound && (!checkRequired(store, jRec, true, false, status) ||
+                         !insertAndRead(store, waiter, record, jStored, status)))
+            return false;
+        if (!savepoint.keep(status))
+            return false;
+    }
+    jRec.swapPayload(jStored);
+    return true;
+}
+
+long long createAll(Store& store, const Json::Value& jRecArray, Status& status)
+{
+    const auto failAt = [&status](Json::ArrayIndex index)
+    {
+        status.index = index;
+        return -1;
+    };
+
+    if (!jRecArray.isNull() && !jRecArray.isArray())
+    {
+        fail(status, Code::BadRequest, "", "Records must come in an array.");
+        return -1;
+    }
+    const Json::ArrayIndex size = jRecArray.size();
+    for (Json::ArrayIndex i = 0; i < size; ++i)
+        if (!checkRecord(store.definition, jRecArray[i], status))
+            return failAt(i);
+    if (size == 0)
+        return 0;
+
+    Waiter waiter(store.iLockTimeout);
+    if (!store.look(waiter, status))
+        return -1;
+    for (Json::ArrayIndex i = 0; i < size; ++i)
+        if (!checkRequired(store, jRecArray[i], true, true, status))
+            return failAt(i);
+
+    Savepoint savepoint(store, waiter);
+    if (!savepoint.begin(status))
+        return -1;
+    for (Json::ArrayIndex i = 0; i < size; ++i)
+    {
+        RecordValues record(store.definition);
+        if (!bindRecord(store.definition, jRecArray[i], true, record, status) || !insert(store, waiter, record, status))
+            return failAt(i);
+    }
+    return savepoint.keep(status) ? static_cast<long long>(size) : -1;
+}
+
+}  // namespace vorn
