@@ -3,6 +3,7 @@
 #include "json_row.h"
 
 #include "../core/json_text.h"
+#include "../core/text.h"
 #include "cell_value.h"
 #include "failure.h"
 #include "nul_free.h"
@@ -53,12 +54,14 @@ std::string writeWalk(ConditionParts& parts, const Subject& subject)
     for (int i = 1; i <= kMaxNames; ++i)
     {
         const std::size_t dot = rest.find('.');
-        const std::string strSource =
-            strRow.empty() ? strCell : "CASE " + strRow + ".type WHEN 'object' THEN " + strRow + ".value END";
-        parts.strSql += strRow.empty() ? "FROM " : ",";
+        const bool blFirst = strRow.empty();
+        if (blFirst)
+            appendAll(parts.strSql, {"FROM json_each(", strCell});
+        else
+            appendAll(parts.strSql, {",json_each(CASE ", strRow, ".type WHEN 'object' THEN ", strRow, ".value END"});
         strRow = letter + std::to_string(i);
-        parts.strSql += "json_each(" + strSource + ") AS " + strRow;
-        strWhere += (strWhere.empty() ? " WHERE " : " AND ") + strRow + ".\"key\"=?";
+        appendAll(parts.strSql, {") AS ", strRow});
+        appendAll(strWhere, {blFirst ? " WHERE " : " AND ", strRow, ".\"key\"=?"});
         parts.values.push_back(BoundValue::owned(nulFree(rest.substr(0, dot))));
         if (dot == std::string_view::npos)
         {

@@ -2,6 +2,8 @@
 
 #include "nul_free.h"
 
+#include "../core/text.h"
+
 namespace vorn
 {
 
@@ -48,10 +50,9 @@ std::string nulFreeJson(std::string_view json)
 
 std::string nulFreeSql(const std::string& strColumn)
 {
-    std::string strReplaced = strColumn;
+    std::string strReplaced = "replace(replace(replace(" + strColumn;
     for (const auto& replacement : kReplacements)
-        strReplaced =
-            "replace(" + strReplaced + ",'" + std::string(replacement[0]) + "','" + std::string(replacement[1]) + "')";
+        appendAll(strReplaced, {",'", replacement[0], "','", replacement[1], "')"});
     return "CASE WHEN NOT json_valid(" + strColumn + ") THEN NULL WHEN instr(" + strColumn + ",'\\')=0 THEN " +
            strColumn + " ELSE " + strReplaced + " END";
 }
