@@ -24,7 +24,7 @@ same() { [ "$2" = "$3" ] || fail "$1: '$2' is expected, '$3' was found"; }
 buildroot()
 {
     # shellcheck disable=SC2016 # expanded by make
-    make -s -f <(printf 'cmake-package =\ninclude %s\nall: ; @echo "$(%s)"\n' "$mk" "$1")
+    make -s BR2_PACKAGE_VORNJSONDB_CONTRACT=y -f <(printf 'cmake-package =\ninclude %s\nall: ; @echo "$(%s)"\n' "$mk" "$1")
 }
 
 # yocto VARIABLE: its value, as it stands.
@@ -50,9 +50,11 @@ for variable in SUMMARY DESCRIPTION SECTION SRC_URI; do
 done
 grep -qx 'inherit cmake' "${bb[0]}" || fail "${bb[0]} does not inherit cmake"
 
+options=$(buildroot VORNJSONDB_CONF_OPTS)
+[[ $options == *-DVORNJSONDB_CONTRACT=ON*-DVORNJSONDB_TABLE=OFF* ]] || fail "Buildroot chooses the libraries: $options"
+
 # An option that CMake does not know is ignored without a word.
-for option in $(buildroot VORNJSONDB_CONF_OPTS) $(yocto EXTRA_OECMAKE) \
-    $(grep -oE -- '-D[A-Z]+_[A-Z_]+' packaging/debian/rules); do
+for option in $options $(grep -ohE -- '-D[A-Z]+_[A-Z_]+' "${bb[0]}" packaging/debian/rules); do
     name=${option%%=*}
     grep -q "^${name#-D}:BOOL=" "$build/CMakeCache.txt" || fail "there is no option ${name#-D}"
 done

@@ -10,6 +10,7 @@ import kconfiglib
 PACKAGE = "BR2_PACKAGE_VORNJSONDB"
 NEEDED = ["BR2_INSTALL_LIBSTDCPP", "BR2_TOOLCHAIN_GCC_AT_LEAST_11", "BR2_TOOLCHAIN_USES_GLIBC"]
 SELECTED = ["BR2_PACKAGE_JSONCPP", "BR2_PACKAGE_SQLITE"]
+LIBRARIES = [PACKAGE + "_CONTRACT", PACKAGE + "_TABLE"]
 
 
 def read(config_in):
@@ -28,11 +29,13 @@ def read(config_in):
     return config
 
 
-def selected(config, present):
+def selected(config, present, unwanted=()):
     """What is on when the package is wanted and only the symbols in present are given."""
     config.unset_values()
     for symbol in present:
         config.syms[symbol].set_value("y")
+    for symbol in unwanted:
+        config.syms[symbol].set_value("n")
     config.syms[PACKAGE].set_value("y")
     return {s.name for s in config.unique_defined_syms if s.str_value == "y"}
 
@@ -40,8 +43,10 @@ def selected(config, present):
 def main():
     config = read(sys.argv[1])
     comment = config.comments[0]
-    if selected(config, NEEDED) != {PACKAGE, *NEEDED, *SELECTED} or kconfiglib.expr_value(comment.dep) != 0:
+    if selected(config, NEEDED) != {PACKAGE, *NEEDED, *SELECTED, *LIBRARIES} or kconfiglib.expr_value(comment.dep) != 0:
         sys.exit("with everything there, the package is not on or does not select what it needs")
+    if selected(config, NEEDED, unwanted=LIBRARIES) & set(LIBRARIES) != {LIBRARIES[0]}:
+        sys.exit("it can be had without any library")
     for missing in NEEDED:
         present = [symbol for symbol in NEEDED if symbol != missing]
         if selected(config, present) != set(present) or kconfiglib.expr_value(comment.dep) != 2:

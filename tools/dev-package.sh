@@ -49,23 +49,34 @@ armhf_dpkg "$out/dpkg"
 DEB_BUILD_OPTIONS="parallel=$jobs nocheck" CMAKE_TOOLCHAIN_FILE=$PWD/cmake/armhf.toolchain.cmake \
     DPKG_ADMINDIR=$out/dpkg/db LD_LIBRARY_PATH=$out/dpkg/lib/arm-linux-gnueabihf:$out/dpkg/usr/lib/arm-linux-gnueabihf \
     debian_packages armhf --build=binary --host-arch=armhf --build-profiles=cross,nocheck --no-check-builddeps
-runtime=libvornjsondb7_${revision}_
+contract=libvornjsondb7_${revision}_
+table=libvorntable0_${revision}_
 development=libvornjsondb-dev_${revision}_
 
 say "== the packages for armhf, unpacked"
 unpacked=$out/unpacked
-for package in "$runtime" "$development"; do
+for package in "$contract" "$table" "$development"; do
     dpkg -x "$out/armhf/${package}armhf.deb" "$unpacked"
 done
 libraries=usr/lib/arm-linux-gnueabihf
-[[ $(readelf -h "$unpacked/$libraries/libvornjsondb.so.7") =~ Machine:\ +ARM.*hard-float ]] ||
-    die "the package for armhf holds something else"
-arm-linux-gnueabihf-g++ -std=c++17 -Wno-psabi tests/package/consumer/host.cpp -o "$out/host-armhf" -isystem "$unpacked/usr/include" \
-    -isystem "$armhf_sysroot/usr/include" -isystem "$armhf_sysroot/usr/include/jsoncpp" \
-    -L"$unpacked/$libraries" -L"$armhf_sysroot/$libraries" -lvornjsondb -ljsoncpp -lsqlite3
-LD_LIBRARY_PATH=$unpacked/$libraries:$armhf_sysroot/$libraries \
-    qemu-arm-static -L /usr/arm-linux-gnueabihf "$out/host-armhf"
-say "A host runs with them."
+
+# armhf_host LIBRARY FILE SOURCE...: builds a host with what was unpacked and runs it.
+armhf_host()
+{
+    local library=$1 file=$2
+    shift 2
+    [[ $(readelf -h "$unpacked/$libraries/$file") =~ Machine:\ +ARM.*hard-float ]] ||
+        die "the package for armhf holds something else"
+    arm-linux-gnueabihf-g++ -std=c++17 -Wno-psabi "$@" -o "$out/$library-host-armhf" -isystem "$unpacked/usr/include" \
+        -isystem "$armhf_sysroot/usr/include" -isystem "$armhf_sysroot/usr/include/jsoncpp" \
+        -L"$unpacked/$libraries" -L"$armhf_sysroot/$libraries" "-l$library" -ljsoncpp -lsqlite3
+    LD_LIBRARY_PATH=$unpacked/$libraries:$armhf_sysroot/$libraries \
+        qemu-arm-static -L /usr/arm-linux-gnueabihf "$out/$library-host-armhf"
+}
+hosts=tests/package/consumer
+armhf_host vornjsondb libvornjsondb.so.7 $hosts/contract.cpp tests/package/hosts/flags.cpp
+armhf_host vorntable libvorntable.so.0 $hosts/table.cpp
+say "Hosts run with them."
 
 say "== recipes"
 packaging/check.sh "$(echo "$out/amd64/$name"/obj-*)"
@@ -73,11 +84,12 @@ cp -r packaging/buildroot packaging/yocto "$out"
 echo "sha256  $sha256  $name.tar.gz" >>"$out/buildroot/vornjsondb/vornjsondb.hash"
 sed -i "s/@sha256@/$sha256/" "$out/yocto/vornjsondb_$version.bb"
 # As both of them build and stage it, with the options that they give.
-mapfile -t options < <(make -s -f <(printf '%s\n' 'cmake-package =' 'include packaging/buildroot/vornjsondb/vornjsondb.mk' \
+mapfile -t options < <(make -s BR2_PACKAGE_VORNJSONDB_CONTRACT=y BR2_PACKAGE_VORNJSONDB_TABLE=y -f <(printf '%s\n' 'cmake-package =' 'include packaging/buildroot/vornjsondb/vornjsondb.mk' \
     "all: ; @printf '%s\\n' \$(VORNJSONDB_CONF_OPTS)"))
 armhf_cmake "$out/recipe" -S "$out/armhf/$name" -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr "${options[@]}" >/dev/null
 DESTDIR=$out/staging cmake --install "$out/recipe" >/dev/null
-for file in include/VornJsonDbApi.h lib/cmake/vornjsondb/vornjsondb-config.cmake lib/pkgconfig/vornjsondb.pc; do
+for file in include/VornJsonDbApi.h include/vorn/table.h lib/cmake/vornjsondb/vornjsondb-config.cmake \
+    lib/pkgconfig/vornjsondb.pc lib/pkgconfig/vorntable.pc; do
     [ -f "$out/staging/usr/$file" ] || die "the recipes would not stage $file"
 done
 say "Checked without Buildroot and Yocto: what only they can tell is open."
@@ -86,26 +98,37 @@ say "== in a bare Debian"
 bare_make
 inside apt-get -qq update
 mkdir "$root/packages"
-cp "$out/amd64/$runtime"amd64.deb "$out/amd64/$development"amd64.deb tests/package/consumer/host.cpp "$root/packages"
+cp "$out/amd64/$contract"amd64.deb "$out/amd64/$table"amd64.deb "$out/amd64/$development"amd64.deb \
+    "$hosts/contract.cpp" "$hosts/table.cpp" "$root/packages"
 
-# installs PACKAGE...
-installs()
+# apt COMMAND PACKAGE...
+apt()
 {
-    inside env DEBIAN_FRONTEND=noninteractive apt-get -qq -y -o Dpkg::Use-Pty=0 install --no-install-recommends "$@" \
+    inside env DEBIAN_FRONTEND=noninteractive apt-get -qq -y -o Dpkg::Use-Pty=0 --no-install-recommends "$@" \
         >"$out/bare.log" 2>&1 || die "$(cat "$out/bare.log")"
 }
-installs "/packages/${runtime}amd64.deb" "/packages/${development}amd64.deb" g++ pkgconf
+apt install "/packages/${contract}amd64.deb" "/packages/${table}amd64.deb" "/packages/${development}amd64.deb" \
+    g++ pkgconf
 # shellcheck disable=SC2016 # expanded inside
 inside sh -euc 'cd /packages
-    g++ -std=c++17 host.cpp -o host $(pkg-config --cflags --libs vornjsondb) && ./host'
-say "A host is built and runs."
-inside apt-get -qq -y -o Dpkg::Use-Pty=0 purge libvornjsondb-dev >"$out/bare.log"
-inside /packages/host
-say "It runs with the library alone."
-inside apt-get -qq -y -o Dpkg::Use-Pty=0 purge libvornjsondb7 >"$out/bare.log"
-left=$(find "$root" -xdev \( -iname '*vornjsondb*' -o -path '*/doc/libvornjson*' \) -not -path "$root/packages/*" -not -path "$root")
+    for host in contract:vornjsondb-quiet table:vorntable; do
+        g++ -std=c++17 "${host%:*}.cpp" -o "${host%:*}" $(pkg-config --cflags --libs "${host#*:}")
+        "./${host%:*}"
+    done'
+say "A host of each library is built and runs."
+apt purge libvornjsondb-dev
+inside /packages/contract
+inside /packages/table
+say "They run with the libraries alone."
+apt purge libvornjsondb7
+inside /packages/table
+! inside /packages/contract 2>/dev/null || die "a host runs without its library, so nothing was tried"
+say "That of libvorntable runs without the other library."
+apt purge libvorntable0
+! inside /packages/table 2>/dev/null || die "a host runs without its library, so nothing was tried"
+left=$(find "$root" -xdev \( -iname '*vornjsondb*' -o -iname '*vorntable*' -o -path '*/include/vorn*' \) \
+    -not -path "$root/packages/*" -not -path "$root")
 [ -z "$left" ] || die "removing leaves: $left"
-! inside /packages/host 2>/dev/null || die "a host runs without the library, so nothing was tried"
 say "Removing leaves nothing."
 
 say "== made in $out"
