@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# compares the binary interface with that of 7.0.0: [--update], which makes today's that of 7.0.0
+# compares the binary interfaces with those that abi/ describes: [--update], which describes today's
 . "$(dirname "$0")/common.sh"
 . tools/armhf.sh
 
@@ -14,11 +14,11 @@ describe()
         --suppressions abi/ours.suppr --out-file "$2" "$1"
 }
 
-# check PLATFORM FOLDER: what is built in FOLDER against abi/PLATFORM.abi
+# check PLATFORM LIBRARY VERSION: what is built against abi/LIBRARY-PLATFORM.abi
 check()
 {
-    local stored=abi/$1.abi today=$2/$1.abi report status=0
-    describe "$2/src/libvornjsondb.so" "$today"
+    local stored=abi/$2-$1.abi today=build/abi-$1/$2.abi what="the binary interface of $2 $3 on $1" report status=0
+    describe "build/abi-$1/src/lib$2.so" "$today"
     if [ -n "${update:-}" ]; then
         cp "$today" "$stored"
         say "$stored describes what was built now."
@@ -30,11 +30,11 @@ check()
     report=$(abidiff --no-unreferenced-symbols --no-added-syms "$stored" "$today" 2>&1) || status=$?
     if [ "$status" -ne 0 ]; then
         say "$report"
-        die "the binary interface on $1 is no longer that of 7.0.0 (abidiff gives $status). Programs that were built with it
-may fail, so take the change back or, for a release with a new soname, describe it anew: ./dev abi --update"
+        die "$what is another now (abidiff gives $status). Programs that were built with it may fail, so take the
+change back or, for a release with a new soname, describe it anew: ./dev abi --update"
     fi
     abidiff "$stored" "$today" || true
-    say "$1: the binary interface of 7.0.0 is all there."
+    say "$what is all there."
 }
 
 [ "${1:-}" != --update ] || update=yes
@@ -42,5 +42,7 @@ arguments=(-S . -DBUILD_TESTING=OFF -DVORNJSONDB_EXAMPLES=OFF -DCMAKE_BUILD_TYPE
 cmake -G Ninja -B build/abi-amd64 "${arguments[@]}" -DCMAKE_CXX_COMPILER=g++ >/dev/null
 cmake --build build/abi-amd64 --parallel "$jobs" >/dev/null
 armhf_cmake build/abi-armhf "${arguments[@]}" >/dev/null
-check amd64 build/abi-amd64
-check armhf build/abi-armhf
+for platform in amd64 armhf; do
+    check "$platform" vornjsondb 7.0.0
+    check "$platform" vorntable 0.1.0
+done

@@ -1,10 +1,17 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# builds examples/countries and runs it on the countries of ISO 3166-1: [arguments of countries]
+# builds an example and runs it on the countries of ISO 3166-1: [table, for that of vorn::Table] [arguments of it]
 . "$(dirname "$0")/common.sh"
+
+example=countries/countries
+if [ "${1:-}" = table ]; then
+    example=table/countries_table
+    shift
+fi
 
 need "${packages_demo[@]}"
 build demo
-rm -f build/demo/countries.db
-build/demo/examples/countries/countries build/demo/countries.db /usr/share/iso-codes/json/iso_3166-1.json "$@"
-say "The database is build/demo/countries.db."
+database=build/demo/${example##*/}.db
+rm -f "$database"
+"build/demo/examples/$example" "$database" /usr/share/iso-codes/json/iso_3166-1.json "$@"
+say "The database is $database."

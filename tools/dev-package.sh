@@ -44,7 +44,8 @@ debian_packages()
     lintian --allow-root --fail-on error "$folder"/*.changes
 }
 
-DEB_BUILD_OPTIONS=parallel=$jobs debian_packages amd64
+# Options of the caller, such as nocheck, hold as well.
+DEB_BUILD_OPTIONS="parallel=$jobs ${DEB_BUILD_OPTIONS:-}" debian_packages amd64
 armhf_dpkg "$out/dpkg"
 DEB_BUILD_OPTIONS="parallel=$jobs nocheck" CMAKE_TOOLCHAIN_FILE=$PWD/cmake/armhf.toolchain.cmake \
     DPKG_ADMINDIR=$out/dpkg/db LD_LIBRARY_PATH=$out/dpkg/lib/arm-linux-gnueabihf:$out/dpkg/usr/lib/arm-linux-gnueabihf \
