@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// A host of vorn::Table alone.
+// A host of vorn::Table alone, which is told why it fails.
 
 #include <vorn/table.h>
 #include <vorn/transaction.h>
@@ -12,5 +12,11 @@
 
 int main()
 {
-    return std::strcmp(vorn::codeName(vorn::Code::Ok), "Ok");
+    const Json::Value jNone;
+    vorn::Table table(nullptr, "host", jNone);
+    const vorn::Transaction transaction(nullptr);
+    const bool blTold = table.recCount(jNone) < 0 && !transaction.isOpen() &&
+                        table.status().code == vorn::Code::BadDefinition && !table.getErrMsg().empty() &&
+                        std::strcmp(vorn::codeName(transaction.status().code), "Misuse") == 0;
+    return blTold ? 0 : 1;
 }
