@@ -84,8 +84,7 @@ public:
     // -1 with SQLite's text in the log.
     VORN_JSON_DB_EXPORT int tableCreate();
 
-    // ---- Records
-    // -----------------------------------------------------------------------------------------------------
+    // Records
 
     // Stores a copy of jRecIn as a new row: declared defaults are filled in, declared members are checked against their
     // types, the row is inserted and read back into jRecOut as it was stored. 0 or -1; a duplicate key is told by
@@ -133,8 +132,7 @@ public:
     // -1.
     VORN_JSON_DB_EXPORT int recDeleteByName(std::string& strValue, const char* szKey);
 
-    // ---- Statements
-    // --------------------------------------------------------------------------------------------------
+    // Statements
 
     // Runs SQL text (one statement or several) with sqlite3_exec(). While SQLite reports "database is locked" the whole
     // text is run again, at most 500 times with 10 ms between, so about 5 seconds; a busy timeout or handler of the
@@ -159,8 +157,7 @@ public:
     VORN_JSON_DB_EXPORT static int DbCallBackFillField(Json::Value& jRec, char** column_name, char** column_value,
                                                        int i);
 
-    // ---- Checks and defaults
-    // -----------------------------------------------------------------------------------------
+    // Checks and defaults
 
     // Checks every declared member that the object jRecParam holds against its declared type. 0, or -1 at the first
     // that does not fit. Accepts "int", "long long", "uid_t", "time_t" (isIntegral), "bool", "string",
@@ -171,8 +168,7 @@ public:
     // blRequireAll true: changes nothing; -1 at the first declared member that jParam lacks, else 0.
     VORN_JSON_DB_EXPORT int fillDefaultValue(Json::Value& jParam, bool blRequireAll);
 
-    // ---- SQL text
-    // ----------------------------------------------------------------------------------------------------
+    // SQL text
 
     // Appends the column list: every declared member, or only those that *pjRec holds. Always 0. Without the
     // definition's last member the list ends in ",".
@@ -205,13 +201,12 @@ public:
                                               Json::Value& jParamOut);
 
 private:
-    int execute(const std::string& strSql, int (*callback)(void*, int, char**, char**), void* pContext);
-    int expandMembers(Json::Value& jRecParam, std::string& strSqlOut, int andType, bool blRawFilter);
-    int save(Json::Value& jRecInOut, bool blCreate, Json::Value& jStored);
-    int select(Json::Value& jRecParam, bool blArray, int (*callback)(void*, int, char**, char**), void* pContext);
-    int removeWhere(bool blFailed, const std::string& strSqlWhere, bool blAllowAll);
-    int removeTexts(const std::string* pTexts, std::size_t count, const char* szKey);
     const Json::Value& definedMembers();
+    int save(Json::Value& jRecInOut, bool blCreate, Json::Value& jStored);
+    int select(Json::Value& jRecParam, const Json::Value& jRecArrayOut, int (*callback)(void*, int, char**, char**),
+               void* pContext);
+    template <typename MakeCondition>
+    int removeWhere(MakeCondition makeCondition, bool blAllowAll);
 
     sqlite3* m_pDb = nullptr;
     std::string m_strName;

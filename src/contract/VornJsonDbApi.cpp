@@ -1,7 +1,11 @@
 // SPDX-License-Identifier: MIT
 //
-// The class: its table, the executor, rows, checks, SQL text and the record operations, in the order in which a record
-// travels. Line numbers of this file and the name VornJsonDbApi stand in every log line that it writes.
+// The class in sections, each of which uses those before it: running statements, the object and its table, rows,
+// checks, SQL text, and the record operations. The name VornJsonDbApi and line numbers of this file stand in every log
+// line that it writes.
+//
+// An operation that adds lines of its own to a failure has its steps in a local function, which is false at the first
+// check that fails, and writes the lines where that ends.
 
 #include <VornJsonDbApi.h>
 
@@ -12,10 +16,12 @@
 #include "../core/json_text.h"
 #include "../core/text.h"
 #include "log.h"
+#include "log_texts.h"
 #include "sqlite_text.h"
 #include "table_types.h"
 #include "value_list.h"
 
+using namespace log_texts;
 using VORN_JSON_DB::jsonCopyMember;
 
 namespace
@@ -27,13 +33,17 @@ constexpr std::string_view kRawFilter = "vornSqlWhereFilter";
 constexpr const char* kDuplicateKey = "DUPLICATE_PRIMARY_KEY";
 
 // The table whose object ran the last statement: row callbacks get only the result array from SQLite and find their
-// types by this name.
-std::string strCurTableName;
+// types by this name. It is there for every static object of the host, before and after main().
+std::string& currentTable()
+{
+    static auto& strName = *new std::string;
+    return strName;
+}
 
 TableTypes& currentTypes()
 {
     Json::Value jNoTableDef;
-    return typesOf(jNoTableDef, strCurTableName);
+    return typesOf(jNoTableDef, currentTable());
 }
 
 bool isDuplicateKey(const std::string& strSqlErr)
@@ -50,53 +60,7 @@ bool isDuplicateKey(const std::string& strSqlErr)
             VORN_TRACE("sql error, err=%s, sql=%s", m_strSqlErr.c_str(), (strSql).c_str()); \
     } while (false)
 
-// ---- The object and its table
-// ------------------------------------------------------------------------------------------
-
-#define VORN_TRACE_IF(condition)                   \
-    do                                             \
-    {                                              \
-        if (condition)                             \
-            VORN_TRACE("Failed [%s]", #condition); \
-    } while (false)
-
-VornJsonDbApi::VornJsonDbApi(sqlite3* pDb, std::string& strName, Json::Value& jTableDef, std::string& strSqlCreate)
-    : m_pDb(pDb), m_strName(strName), m_jTableDef(jTableDef), m_strSqlCreate(strSqlCreate)
-{
-    VORN_TRACE_IF(!pDb);
-    VORN_TRACE_IF(strName.empty());
-    VORN_TRACE_IF(jTableDef.empty());
-    VORN_TRACE_IF(strSqlCreate.empty());
-    static_cast<void>(VORN_FAILED(0 > tableCreate()));
-}
-
-VornJsonDbApi::~VornJsonDbApi()
-{
-    m_pDb = nullptr;
-}
-
-std::string VornJsonDbApi::getErrMsg()
-{
-    return m_strErrMsg;
-}
-
-void VornJsonDbApi::setErrMsg(std::string strErrMsg)
-{
-    m_strErrMsg = std::move(strErrMsg);
-}
-
-int VornJsonDbApi::tableCreate()
-{
-    if (0 <= execute(m_strSqlCreate, nullptr, nullptr))
-        return 0;
-
-    VORN_ERROR("create table failed, sql=%s", m_strSqlCreate.c_str());
-    VORN_TRACE_SQL_ERROR(m_strSqlCreate);
-    return -1;
-}
-
-// ---- Running statements
-// ------------------------------------------------------------------------------------------------
+// Running statements
 
 namespace
 {
@@ -137,20 +101,15 @@ bool isLocked(const char* szErr)
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is settled
 int VornJsonDbApi::runSqlEx(std::string strSql, RowCallback callback, void* pContext)
 {
-    return execute(strSql, callback, pContext);
-}
-
-int VornJsonDbApi::execute(const std::string& strSql, RowCallback callback, void* pContext)
-{
     constexpr int kMaxAttempts = 500;
     constexpr useconds_t kPauseMicroseconds = 10000;
 
     SqliteText szErr;
     int i = 0;
-    const auto run = [&]
+    const auto ran = [&]
     {
         if (VORN_FAILED(0 >= strSql.length()))
-            return -1;
+            return false;
         m_strSqlErr.clear();
         while (i < kMaxAttempts)
         {
@@ -158,39 +117,81 @@ int VornJsonDbApi::execute(const std::string& strSql, RowCallback callback, void
                 m_strSqlErr = szErr;
             GuardedCallback guarded{callback, pContext};
             errno = 0;
-            strCurTableName = m_strName;
+            currentTable() = m_strName;
             const int err = sqlite3_exec(m_pDb, strSql.c_str(), callback != nullptr ? GuardedCallback::run : nullptr,
                                          &guarded, szErr.place());
             if (guarded.exception != nullptr)
                 std::rethrow_exception(guarded.exception);
             if (err == SQLITE_OK)
-                return callback != nullptr ? 0 : sqlite3_changes(m_pDb);  // never negative in SQLite
+                return true;
 
             // A query that its callback stopped is over, whatever errno holds.
             if (guarded.blStopped || !(isLocked(szErr) || errno == EAGAIN))
-                return -1;
+                return false;
             VORN_DEBUG("retry, i=%d, errno=%d, run sql failed, error=%s, sql=%s", i, errno,
                        static_cast<const char*>(szErr), strSql.c_str());
             ++i;
             usleep(kPauseMicroseconds);
         }
-        return -1;
+        return false;
     };
-
-    const int iResult = run();
-    if (0 <= iResult)
+    if (ran())
     {
         m_strSqlErr.clear();
-        return iResult;
+        return callback != nullptr ? 0 : sqlite3_changes(m_pDb);  // never negative in SQLite
     }
+
     m_strSqlErr = szErr != nullptr ? szErr : "Unknow Error!!";
     VORN_TRACE("i=%d,errno=%d, run sql failed, error=%s, sql=%s", i, errno, m_strSqlErr.c_str(), strSql.c_str());
     VORN_DEBUG("run sql fail, err=%s", static_cast<const char*>(szErr));
-    return iResult;
+    return -1;
 }
 
-// ---- Rows to records
-// ---------------------------------------------------------------------------------------------------
+// The object and its table
+
+#define VORN_TRACE_IF(condition)                   \
+    do                                             \
+    {                                              \
+        if (condition)                             \
+            VORN_TRACE("Failed [%s]", #condition); \
+    } while (false)
+
+VornJsonDbApi::VornJsonDbApi(sqlite3* pDb, std::string& strName, Json::Value& jTableDef, std::string& strSqlCreate)
+    : m_pDb(pDb), m_strName(strName), m_jTableDef(jTableDef), m_strSqlCreate(strSqlCreate)
+{
+    VORN_TRACE_IF(!pDb);
+    VORN_TRACE_IF(strName.empty());
+    VORN_TRACE_IF(jTableDef.empty());
+    VORN_TRACE_IF(strSqlCreate.empty());
+    static_cast<void>(VORN_FAILED(0 > tableCreate()));
+}
+
+VornJsonDbApi::~VornJsonDbApi()
+{
+    m_pDb = nullptr;
+}
+
+std::string VornJsonDbApi::getErrMsg()
+{
+    return m_strErrMsg;
+}
+
+void VornJsonDbApi::setErrMsg(std::string strErrMsg)
+{
+    m_strErrMsg = std::move(strErrMsg);
+}
+
+int VornJsonDbApi::tableCreate()
+{
+    if (0 <= runSqlEx(m_strSqlCreate))
+        return 0;
+
+    VORN_ERROR("create table failed, sql=%s", m_strSqlCreate.c_str());
+    VORN_TRACE_SQL_ERROR(m_strSqlCreate);
+    return -1;
+}
+
+// Rows to records
 
 namespace
 {
@@ -206,7 +207,7 @@ int fillField(TableTypes& types, std::size_t& expected, Json::Value& jRec, const
     if (VORN_FAILED(jRec.type() != Json::objectValue && jRec.type() != Json::nullValue))
         return -1;
     const Member* pMember = types.schema.find(szName, expected);
-    if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(strName)"))
+    if (VORN_FAILED_AS(pMember == nullptr, kNoMemberName))
         return -1;
     if (szValue == nullptr)
         return 0;
@@ -225,16 +226,14 @@ int fillField(TableTypes& types, std::size_t& expected, Json::Value& jRec, const
 // One row as a record, an empty one where the row has no columns or NULL only.
 bool readRow(Json::Value& jTmp, int n_column, char** column_value, char** column_name)
 {
-    if (VORN_FAILED_AS(0 > VornJsonDbApi::DbCallBackFillRec(&jTmp, n_column, column_value, column_name),
-                       "0 > DbCallBackFillRec(&jTmp, n_column, column_value, column_name)"))
+    if (VORN_FAILED_AS(0 > VornJsonDbApi::DbCallBackFillRec(&jTmp, n_column, column_value, column_name), kNoRecord))
         return false;
     if (jTmp.isNull())
         jTmp = Json::Value(Json::objectValue);
     return true;
 }
 
-// Keeps the first row of a statement; the others are read for their failures and dropped at once. Against an array of
-// all rows this won 1.4 % of a fetch's instructions, which keeps it ahead of SQLiteCpp (./dev bench), and the memory.
+// Keeps the first row of a statement; the others are read for their failures and dropped at once.
 struct FirstRow
 {
     bool blFound = false;
@@ -253,19 +252,17 @@ struct FirstRow
 
 }  // namespace
 
-int VornJsonDbApi::DbCallBackFillList(void* pjRecArray, int n_column, char** column_value, char** column_name)
+int VornJsonDbApi::DbCallBackFillList(void* pContext, int n_column, char** column_value, char** column_name)
 {
-    if (VORN_FAILED(!pjRecArray))
-        return -1;
-    auto* pjArray = static_cast<Json::Value*>(pjRecArray);
-    if (VORN_FAILED_AS(pjArray->type() != Json::arrayValue && pjArray->type() != Json::nullValue,
-                       "pjRecArray->type() != Json::arrayValue && pjRecArray->type() != Json::nullValue"))
+    auto* const pjRecArray = static_cast<Json::Value*>(pContext);
+    if (VORN_FAILED(!pjRecArray) ||
+        VORN_FAILED(pjRecArray->type() != Json::arrayValue && pjRecArray->type() != Json::nullValue))
         return -1;
 
     Json::Value jTmp;
     if (!readRow(jTmp, n_column, column_value, column_name))
         return -1;
-    pjArray->append(std::move(jTmp));
+    pjRecArray->append(std::move(jTmp));
     return 0;
 }
 
@@ -274,32 +271,35 @@ int VornJsonDbApi::DbCallBackFillRec(Json::Value* pjRec, int n_column, char** co
     if (VORN_FAILED(NULL == column_name || NULL == column_value))
         return -1;
 
-    TableTypes* pTypes = nullptr;
-    std::size_t expected = 0;
-    for (int i = 0; i < n_column; ++i)
+    int i = 0;
+    const auto filled = [&]
     {
-        bool blFailed = VORN_FAILED(NULL == column_name[i]);
-        if (!blFailed)
+        TableTypes* pTypes = nullptr;
+        std::size_t expected = 0;
+        for (; i < n_column; ++i)
         {
+            if (VORN_FAILED(NULL == column_name[i]))
+                return false;
             if (pTypes == nullptr)
             {
                 pTypes = &currentTypes();
                 if (isEmptyRecord(*pjRec) && pTypes->rows.readRow(n_column, column_value, column_name, *pjRec))
-                    return 0;
+                    return true;
             }
-            blFailed = VORN_FAILED_AS(0 > fillField(*pTypes, expected, *pjRec, column_name[i], column_value[i]),
-                                      "0 > (iTmp = DbCallBackFillField(*pjRec, column_name, column_value, i))");
+            if (VORN_FAILED_AS(0 > fillField(*pTypes, expected, *pjRec, column_name[i], column_value[i]), kNoField))
+                return false;
         }
-        if (!blFailed)
-            continue;
-        if (i > 0)
-        {
-            VORN_TRACE("column_name[%d]=%s", i, column_name[i]);
-            VORN_TRACE("column_value[%d]=%s", i, column_value[i]);
-        }
-        return -1;
+        return true;
+    };
+    if (filled())
+        return 0;
+
+    if (i > 0)
+    {
+        VORN_TRACE("column_name[%d]=%s", i, column_name[i]);
+        VORN_TRACE("column_value[%d]=%s", i, column_value[i]);
     }
-    return 0;
+    return -1;
 }
 
 int VornJsonDbApi::DbCallBackFillField(Json::Value& jRec, char** column_name, char** column_value, int i)
@@ -308,8 +308,7 @@ int VornJsonDbApi::DbCallBackFillField(Json::Value& jRec, char** column_name, ch
     return fillField(currentTypes(), expected, jRec, column_name[i], column_value[i]);
 }
 
-// ---- Defaults and type check
-// -------------------------------------------------------------------------------------------
+// Defaults and type check
 
 int VornJsonDbApi::fillDefaultValue(Json::Value& jParam, bool blRequireAll)
 {
@@ -358,8 +357,7 @@ int VornJsonDbApi::checkJsonType(Json::Value& jRecParam)
     return 0;
 }
 
-// ---- Column and value lists
-// --------------------------------------------------------------------------------------------
+// Column and value lists
 
 namespace
 {
@@ -403,10 +401,81 @@ bool addValue(ValueList& values, Form form, const Json::Value& jValue)
     }
 }
 
+// The members of a definition in order, each with the record's where that is an object and has it.
+struct Column
+{
+    std::string_view name;
+    const Json::Value* pjValue;
+};
+
+std::vector<Column> columnsOf(const Json::Value& jMembers, const Json::Value& jRec)
+{
+    RecordCursor record(jRec.isObject() ? jRec : Json::Value::nullSingleton());
+    std::vector<Column> columns;
+    columns.reserve(jMembers.size());
+    const auto itEnd = jMembers.end();
+    for (auto it = jMembers.begin(); it != itEnd; ++it)
+    {
+        const std::string_view name = nameOf(it);
+        columns.push_back({name, record.find(name)});
+    }
+    return columns;
+}
+
+// Raises what looking for a member of that record raises, unless it can have any.
+void requireRecord(const Json::Value& jRec)
+{
+    if (!jRec.isObject())
+        static_cast<void>(jRec.isMember(""));
+}
+
+// The column list: of the record's members, or of all where there is no record. Without the definition's last member
+// this list and that of the values end in "," and the latter stays open: SQLite rejects the statement, which is how
+// a caller learns that the member is missing.
+void appendNames(const std::vector<Column>& columns, const Json::Value* pjRec, std::string& strOut)
+{
+    for (const Column& column : columns)
+    {
+        if (pjRec != nullptr && column.pjValue == nullptr)
+        {
+            requireRecord(*pjRec);
+            continue;
+        }
+        strOut += column.name;
+        if (&column != &columns.back())
+            strOut += ',';
+    }
+}
+
+int appendValues(const std::vector<Column>& columns, const Schema& schema, const Json::Value& jRec, std::string& strOut)
+{
+    ValueList values(strOut);
+    std::size_t expected = 0;
+    for (const Column& column : columns)
+    {
+        const Member* pMember = schema.find(column.name, expected);
+        if (VORN_FAILED_AS(pMember == nullptr, kNoMemberKey))
+            return -1;
+        if (column.pjValue == nullptr)
+        {
+            requireRecord(jRec);
+            continue;
+        }
+        if (!addValue(values, pMember->pType->saved, *column.pjValue))
+        {
+            VORN_ERROR("cannot support this type=%s", pMember->strTypeName.c_str());
+            return -1;
+        }
+        values.addSeparator(&column == &columns.back() ? ") " : ",");
+    }
+    strOut = values.text();
+    return 0;
+}
+
 }  // namespace
 
-// The members of the definition, or null: the lists follow the object's own definition, which need not be the one that
-// the types were made from. A definition of another kind throws.
+// The lists follow the object's own definition, which need not be the one that the types were made from. A definition
+// of another kind throws.
 const Json::Value& VornJsonDbApi::definedMembers()
 {
     const Json::Value& jMembers = m_jTableDef[m_strName]["member"];
@@ -415,57 +484,20 @@ const Json::Value& VornJsonDbApi::definedMembers()
     return jMembers;
 }
 
-// Without the definition's last member both lists end in "," and the value list stays open: SQLite rejects the
-// statement, which is how a caller learns that the member is missing.
 int VornJsonDbApi::SqlExpandMemberName(std::string& strOut, Json::Value* pjRec)
 {
     const Json::Value& jMembers = definedMembers();
-    RecordCursor record(pjRec != nullptr ? *pjRec : jMembers);
-    const auto itEnd = jMembers.end();
-    for (auto it = jMembers.begin(); it != itEnd;)
-    {
-        const std::string_view name = nameOf(it);
-        const bool blLast = ++it == itEnd;
-        if (pjRec != nullptr && record.find(name) == nullptr)
-            continue;
-        strOut += name;
-        if (!blLast)
-            strOut += ',';
-    }
+    appendNames(columnsOf(jMembers, pjRec != nullptr ? *pjRec : Json::Value::nullSingleton()), pjRec, strOut);
     return 0;
 }
 
 int VornJsonDbApi::SqlExpandMemberSymbol(std::string& strOut, Json::Value& jRec)
 {
     const Schema& schema = typesOf(m_jTableDef, m_strName).schema;
-    ValueList values(strOut);
-    RecordCursor record(jRec);
-    std::size_t expected = 0;
-    const Json::Value& jMembers = definedMembers();
-    const auto itEnd = jMembers.end();
-    for (auto it = jMembers.begin(); it != itEnd;)
-    {
-        const std::string_view name = nameOf(it);
-        const bool blLast = ++it == itEnd;
-        const Member* pMember = schema.find(name, expected);
-        if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(strKey)"))
-            return -1;
-        const Json::Value* pjValue = record.find(name);
-        if (pjValue == nullptr)
-            continue;
-        if (!addValue(values, pMember->pType->saved, *pjValue))
-        {
-            VORN_ERROR("cannot support this type=%s", pMember->strTypeName.c_str());
-            return -1;
-        }
-        values.addSeparator(blLast ? ") " : ",");
-    }
-    strOut = values.text();
-    return 0;
+    return appendValues(columnsOf(definedMembers(), jRec), schema, jRec, strOut);
 }
 
-// ---- Conditions and assignments
-// ----------------------------------------------------------------------------------------
+// Conditions and assignments
 
 namespace
 {
@@ -477,8 +509,7 @@ int makeMatch(const Member& member, const Json::Value& jParam, std::string& strO
     const Form form = member.pType->matched;
     if (form == Form::Json)
     {
-        if (VORN_FAILED_AS(NULL == (szSql = escaped(toString(jParam).c_str())),
-                           R"(NULL == (szSql = sqlite3_mprintf("%q", jParam.toString().c_str())))"))
+        if (VORN_FAILED_AS(NULL == (szSql = escaped(toString(jParam).c_str())), kNoJsonText))
             return -1;
     }
     else if (form == Form::Bool)
@@ -486,8 +517,7 @@ int makeMatch(const Member& member, const Json::Value& jParam, std::string& strO
         if (VORN_FAILED(NULL == (szSql = sqlite3_mprintf("%d", jParam.asInt()))))
             return -1;
     }
-    else if (VORN_FAILED_AS(NULL == (szSql = escaped(textOf(jParam, strConverted))),
-                            R"(NULL == (szSql = sqlite3_mprintf("%q", jParam.asString().c_str())))"))
+    else if (VORN_FAILED_AS(NULL == (szSql = escaped(textOf(jParam, strConverted))), kNoText))
     {
         return -1;
     }
@@ -499,21 +529,30 @@ int makeMatch(const Member& member, const Json::Value& jParam, std::string& strO
     return 0;
 }
 
-// Appends one item of a list. szCheck is the check that lack of memory fails.
-bool addItem(std::string& strItems, const char* szItem, bool blQuoted, const char* szCheck)
+// Appends NAME in (ITEMS ) with count items, nothing without any. itemText(i, strConverted) gives the text of one,
+// which may be in strConverted. They stand one directly after another, without a separator: two quoted items read as
+// one literal, two bare ones as one number.
+template <typename ItemText>
+int makeList(const Member& member, std::size_t count, ItemText itemText, std::string& strOut)
 {
-    const SqliteText szSql(escaped(szItem));
-    if (VORN_FAILED_AS(!szSql, szCheck))
-        return false;
-    if (blQuoted)
-        appendAll(strItems, {"'", szSql.view(), "'"});
-    else
-        strItems += szSql;
-    return true;
+    if (count == 0)
+        return 0;
+    const Form form = member.pType->listed;
+    std::string strItems;
+    for (std::size_t i = 0; i < count; ++i)
+    {
+        std::string strConverted;
+        const SqliteText szSql(escaped(itemText(i, strConverted)));
+        if (VORN_FAILED_AS(!szSql, form == Form::Json ? kNoJsonItemText : kNoItemText))
+            return -1;
+        if (form == Form::Bare)
+            strItems += szSql;
+        else
+            appendAll(strItems, {"'", szSql.view(), "'"});
+    }
+    appendAll(strOut, {member.name, " in (", strItems, " )"});
+    return 0;
 }
-
-constexpr const char* kTextItemCheck = R"(NULL == (szSql = sqlite3_mprintf("%q", jList[i].asString().c_str())))";
-constexpr const char* kJsonItemCheck = R"(NULL == (szSql = sqlite3_mprintf("%q", jList[i].toString().c_str())))";
 
 }  // namespace
 
@@ -521,7 +560,7 @@ int VornJsonDbApi::SqlMakeByMatchField(std::string& strField, Json::Value& jPara
 {
     std::size_t expected = 0;
     const Member* pMember = typesOf(m_jTableDef, m_strName).schema.find(strField, expected);
-    if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(strField)"))
+    if (VORN_FAILED_AS(pMember == nullptr, kNoMemberField))
         return -1;
     return makeMatch(*pMember, jParam, strOut);
 }
@@ -533,36 +572,22 @@ int VornJsonDbApi::SqlMakeByListField(const char* szField, Json::Value& jList, s
         return -1;
     std::size_t expected = 0;
     const Member* pMember = schema.find(szField, expected);
-    if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(szField)") || VORN_FAILED(jList.type() != Json::arrayValue))
+    if (VORN_FAILED_AS(pMember == nullptr, kNoMemberListField) || VORN_FAILED(jList.type() != Json::arrayValue))
         return -1;
-    if (jList.empty())
-        return 0;
 
-    // The items stand one directly after another, without a separator: two quoted items read as one literal, two bare
-    // ones as one number.
-    const bool blJson = pMember->pType->listed == Form::Json;
-    const bool blQuoted = blJson || pMember->pType->listed == Form::Text;
-    std::string strItems;
-    for (const Json::Value& jItem : jList)
+    const Json::Value& jItems = jList;  // gives null for items that were never set
+    const auto itemText = [&](std::size_t i, std::string& strConverted)
     {
-        std::string strConverted;
-        if (blJson)
-            strConverted = toString(jItem);
-        if (!addItem(strItems, blJson ? strConverted.c_str() : textOf(jItem, strConverted), blQuoted,
-                     blJson ? kJsonItemCheck : kTextItemCheck))
-            return -1;
-    }
-    appendAll(strOut, {szField, " in (", strItems, " )"});
-    return 0;
+        const Json::Value& jItem = jItems[static_cast<Json::ArrayIndex>(i)];
+        if (pMember->pType->listed != Form::Json)
+            return textOf(jItem, strConverted);
+        strConverted = toString(jItem);
+        return strConverted.c_str();
+    };
+    return makeList(*pMember, jItems.size(), itemText, strOut);
 }
 
 int VornJsonDbApi::SqlExpandMemberList(Json::Value& jRecParam, std::string& strSqlWhereOut, int andType)
-{
-    return expandMembers(jRecParam, strSqlWhereOut, andType, true);
-}
-
-// Without blRawFilter a raw condition is passed over: one that comes with new values must not become an assignment.
-int VornJsonDbApi::expandMembers(Json::Value& jRecParam, std::string& strSqlWhereOut, int andType, bool blRawFilter)
 {
     const Schema& schema = typesOf(m_jTableDef, m_strName).schema;
     if (VORN_FAILED(jRecParam.type() != Json::objectValue && jRecParam.type() != Json::nullValue))
@@ -594,7 +619,7 @@ int VornJsonDbApi::expandMembers(Json::Value& jRecParam, std::string& strSqlWher
         const std::string_view field = nameOf(it);
         const bool blRaw = field == kRawFilter;
         const Member* pMember = blRaw ? nullptr : schema.find(field, expected);
-        if (blRaw ? !blRawFilter : pMember == nullptr)
+        if (!blRaw && pMember == nullptr)
             continue;
 
         if (blWritten)
@@ -605,18 +630,17 @@ int VornJsonDbApi::expandMembers(Json::Value& jRecParam, std::string& strSqlWher
 
         if (blRaw)
         {
-            if (VORN_FAILED_AS(!it->isString(), "!jRecParam[jmFieldName[i]].isString()"))
+            if (VORN_FAILED_AS(!it->isString(), kRawFilterIsNoString))
                 return -1;
             appendAll(strSqlWhereOut, {" ", it->asString(), " "});
         }
         else if (it->isArray())
         {
             if (VORN_FAILED_AS(0 > SqlMakeByListField(std::string(field).c_str(), *it, strSqlWhereOut),
-                               "0 > SqlMakeByListField(jmFieldName[i].c_str(), jTmp, strSqlWhereOut)"))
+                               kNoListCondition))
                 return -1;
         }
-        else if (VORN_FAILED_AS(0 > makeMatch(*pMember, *it, strSqlWhereOut),
-                                "0 > SqlMakeByMatchField(jmFieldName[i], jTmp, strSqlWhereOut)"))
+        else if (VORN_FAILED_AS(0 > makeMatch(*pMember, *it, strSqlWhereOut), kNoCondition))
         {
             return -1;
         }
@@ -666,8 +690,7 @@ int VornJsonDbApi::VectorParamToJson(std::vector<std::string>& strVector, const 
     return 0;
 }
 
-// ---- Saving and creating
-// -----------------------------------------------------------------------------------------------
+// Saving and creating
 
 int VornJsonDbApi::recSave(Json::Value& jRecInOut, bool blCreate)
 {
@@ -681,23 +704,17 @@ int VornJsonDbApi::save(Json::Value& jRecInOut, bool blCreate, Json::Value& jSto
     const auto saved = [&]
     {
         appendAll(strSql, {blCreate ? "INSERT INTO " : "REPLACE INTO ", m_strName, " ("});
-        if (VORN_FAILED(0 > SqlExpandMemberName(strSql, &jRecInOut)))  // cannot fail: the column list always returns 0
-            return false;
+        const std::vector<Column> columns = columnsOf(definedMembers(), jRecInOut);
+        appendNames(columns, &jRecInOut, strSql);
         strSql += ") VALUES (";
-        if (VORN_FAILED(0 > SqlExpandMemberSymbol(strSql, jRecInOut)))
+        const Schema& schema = typesOf(m_jTableDef, m_strName).schema;
+        if (VORN_FAILED_AS(0 > appendValues(columns, schema, jRecInOut, strSql), kNoValueList))
             return false;
         appendAll(strSql, {";select * from ", m_strName, " where rowid == last_insert_rowid();"});
         FirstRow stored;
-        // The text starts with a constant and a successful run has emptied the error text: neither check can fail.
-        if (VORN_FAILED(strSql.empty()) || VORN_FAILED_AS(0 > execute(strSql, FirstRow::fill, &stored),
-                                                          "0 > runSqlEx(strSql, DbCallBackFillList, &jArrayTmp)"))
+        if (VORN_FAILED_AS(0 > runSqlEx(strSql, FirstRow::fill, &stored), kNotSavedAndReadBack))
             return false;
-        if (!m_strSqlErr.empty())
-        {
-            VORN_ERROR("sql error, sql=%s", strSql.c_str());
-            return false;
-        }
-        if (VORN_FAILED_AS(!stored.blFound, "0 == jArrayTmp.size()"))
+        if (VORN_FAILED_AS(!stored.blFound, kNothingReadBack))
             return false;
         jStored = std::move(stored.jRec);
         return true;
@@ -716,8 +733,6 @@ namespace
 
 bool lacksDefault(const Schema& schema, const Json::Value& jRec)
 {
-    if (!jRec.isObject())
-        return true;  // filling reports it
     RecordCursor record(jRec);
     for (const Member& member : schema.members())
         if (member.blHasDefault && record.find(member.name) == nullptr)
@@ -730,22 +745,19 @@ bool lacksDefault(const Schema& schema, const Json::Value& jRec)
 int VornJsonDbApi::recCreate(Json::Value& jRecIn, Json::Value& jRecOut)
 {
     Json::Value jFilled;
-    // The record is copied only when a default has to be filled in: 6 % of a create's instructions (./dev figures).
-    Json::Value* pjParam = &jRecIn;
+    Json::Value* pjParam = &jRecIn;  // a copy only when a default has to be filled in
     const auto created = [&]
     {
         if (VORN_FAILED(jRecIn.empty()))
             return false;
-        if (lacksDefault(typesOf(m_jTableDef, m_strName).schema, jRecIn))
+        if (!jRecIn.isObject() || lacksDefault(typesOf(m_jTableDef, m_strName).schema, jRecIn))
         {
             jFilled = jRecIn;
             pjParam = &jFilled;
-            // Filling cannot fail; only requiring all members does.
-            if (VORN_FAILED_AS(0 > fillDefaultValue(jFilled, false), "0 > fillDefaultValue(jParam, false)"))
-                return false;
+            static_cast<void>(fillDefaultValue(jFilled, false));  // cannot fail; only requiring all members does
         }
-        return !VORN_FAILED_AS(0 > checkJsonType(*pjParam), "0 > checkJsonType(jParam)") &&
-               !VORN_FAILED_AS(0 > save(*pjParam, true, jRecOut), "0 > recSave(jParam, true)");
+        Json::Value& jParam = *pjParam;
+        return !VORN_FAILED(0 > checkJsonType(jParam)) && !VORN_FAILED_AS(0 > save(jParam, true, jRecOut), kNotSaved);
     };
     if (created())
         return 0;
@@ -756,43 +768,38 @@ int VornJsonDbApi::recCreate(Json::Value& jRecIn, Json::Value& jRecOut)
     return -1;
 }
 
-// ---- Listing and fetching
-// ----------------------------------------------------------------------------------------------
+// Listing and fetching
 
 int VornJsonDbApi::recList(Json::Value& jRecParam, Json::Value& jRecArrayOut)
 {
-    const bool blArray = jRecArrayOut.isNull() || jRecArrayOut.isArray();
-    return select(jRecParam, blArray, DbCallBackFillList, &jRecArrayOut);
+    return select(jRecParam, jRecArrayOut, DbCallBackFillList, &jRecArrayOut);
 }
 
-// blArray: whether the caller's array is one, or null. The callback gets the rows.
-int VornJsonDbApi::select(Json::Value& jRecParam, bool blArray, int (*callback)(void*, int, char**, char**),
-                          void* pContext)
+// The callback gets the rows.
+int VornJsonDbApi::select(Json::Value& jRecParam, const Json::Value& jRecArrayOut,
+                          int (*callback)(void*, int, char**, char**), void* pContext)
 {
     std::string strSqlRun;
-    const auto list = [&]
+    const auto listed = [&]
     {
         if (VORN_FAILED(jRecParam.type() != Json::objectValue && jRecParam.type() != Json::nullValue) ||
-            VORN_FAILED_AS(!blArray,
-                           "jRecArrayOut.type() != Json::nullValue && jRecArrayOut.type() != Json::arrayValue"))
+            VORN_FAILED(jRecArrayOut.type() != Json::nullValue && jRecArrayOut.type() != Json::arrayValue))
             return false;
         std::string strSql;
         std::string strSqlLimit;
-        std::string strSqlPrefix = "SELECT ";
-        // The column list always returns 0, so its check cannot fail.
         if (VORN_FAILED(0 > SqlExpandMemberList(jRecParam, strSql, VORN_SQL_WHERE_TYPE_AND)) ||
-            VORN_FAILED(0 > SqlFilterConditionFromJson(jRecParam, strSqlLimit)) ||
-            VORN_FAILED(0 > SqlExpandMemberName(strSqlPrefix)))
+            VORN_FAILED(0 > SqlFilterConditionFromJson(jRecParam, strSqlLimit)))
             return false;
+        std::string strSqlPrefix = "SELECT ";
+        static_cast<void>(SqlExpandMemberName(strSqlPrefix));  // cannot fail
         strSqlRun.swap(strSqlPrefix);
         appendAll(strSqlRun, {" FROM ", m_strName, " "});
         if (!strSql.empty())
             appendAll(strSqlRun, {" WHERE ", strSql});
         appendAll(strSqlRun, {strSqlLimit, ";"});
-        return !VORN_FAILED_AS(0 > execute(strSqlRun, callback, pContext),
-                               "0 > runSqlEx(strSqlRun, DbCallBackFillList, &jRecArrayOut)");
+        return !VORN_FAILED_AS(0 > runSqlEx(strSqlRun, callback, pContext), kNotListed);
     };
-    if (list())
+    if (listed())
         return 0;
 
     VORN_TRACE("jRecParam=%s", toString(jRecParam).c_str());
@@ -800,59 +807,66 @@ int VornJsonDbApi::select(Json::Value& jRecParam, bool blArray, int (*callback)(
     return -1;
 }
 
+namespace
+{
+
+// Sets the members of jTo as copying those of jFrom over them would. The names of jFrom, which DbCallBackFillRec()
+// filled, are static.
+void moveMembers(Json::Value& jFrom, Json::Value& jTo)
+{
+    if (jTo.empty())
+        jTo.swapPayload(jFrom);
+    else
+        for (auto it = jFrom.begin(); it != jFrom.end(); ++it)
+            jTo[Json::StaticString(nameOf(it).data())] = std::move(*it);
+}
+
+}  // namespace
+
 int VornJsonDbApi::recGetOne(Json::Value& jRecParam, Json::Value& jRecOut)
 {
     FirstRow first;
-    if (VORN_FAILED_AS(0 > select(jRecParam, true, FirstRow::fill, &first), "0 > recList(jRecParam, jRecArray)"))
+    const Json::Value jRecArray;
+    if (VORN_FAILED_AS(0 > select(jRecParam, jRecArray, FirstRow::fill, &first), kNoFetchList))
         return -1;
     if (!first.blFound)
         return 0;
-    // A null value takes the record over instead of a copy: 18 % of a fetch's instructions (./dev figures).
-    if (jRecOut.isNull() && !first.jRec.empty())
-        jRecOut.swapPayload(first.jRec);
-    else if (VORN_FAILED_AS(0 > jsonCopyMember(jRecOut, first.jRec, true),
-                            "0 > jsonCopyMember(jRecOut, jRecArray[0], true)"))
+    if (jRecOut.isObject())
+        moveMembers(first.jRec, jRecOut);
+    else if (jRecOut.isNull() && !first.jRec.empty())
+        jRecOut = std::move(first.jRec);
+    else if (VORN_FAILED_AS(0 > jsonCopyMember(jRecOut, first.jRec, true), kNotCopied))
         return -1;
     return 1;
 }
 
-// ---- Updating
-// ----------------------------------------------------------------------------------------------------------
+// Updating
 
 int VornJsonDbApi::recUpdateByWhere(Json::Value& jRecIn, std::string& strSqlWhere)
 {
     std::string strSql;
-    const auto update = [&]
+    const auto updated = [&]
     {
         if (VORN_FAILED(strSqlWhere.empty()) || VORN_FAILED(jRecIn.empty()))
             return false;
         appendAll(strSql, {"UPDATE ", m_strName, " SET "});
 
-        if (!jRecIn.isObject())
-            static_cast<void>(jRecIn.isMember(kRawFilter.data()));  // throws: only an object has members to assign
-
-        // Written in place: 0.7 % of an update's instructions, which keeps it, inside a transaction too, within a
-        // quarter of hand-written code (./dev bench).
-        const std::size_t start = strSql.size();
-        if (VORN_FAILED_AS(0 > expandMembers(jRecIn, strSql, VORN_SQL_WHERE_TYPE_COMMA, false),
-                           "0 > SqlExpandMemberList(jColumnList, strSql2, VORN_SQL_WHERE_TYPE_COMMA)"))
+        // A raw condition that comes with the values must not become an assignment.
+        Json::Value jWithoutFilter;
+        const bool blCopied = !jRecIn.isObject() || jRecIn.isMember(kRawFilter.data());
+        if (blCopied)
         {
-            strSql.resize(start);
-            return false;
+            jWithoutFilter = jRecIn;
+            jWithoutFilter.removeMember(kRawFilter.data());  // throws for what is not an object
         }
-        appendAll(strSql, {" WHERE ", strSqlWhere, ";"});
-        // The text starts with a constant and a successful run has emptied the error text: neither check can fail.
-        if (VORN_FAILED(strSql.empty()) ||
-            VORN_FAILED_AS(0 > execute(strSql, nullptr, nullptr), "0 > runSqlEx(strSql, NULL, NULL)"))
+        Json::Value& jColumnList = blCopied ? jWithoutFilter : jRecIn;
+        std::string strSql2;
+        if (VORN_FAILED(0 > SqlExpandMemberList(jColumnList, strSql2, VORN_SQL_WHERE_TYPE_COMMA)))
             return false;
-        if (!m_strSqlErr.empty())
-        {
-            VORN_ERROR("sql error msg=%s, sql=%s", m_strSqlErr.c_str(), strSql.c_str());
-            return false;
-        }
-        return true;
+        appendAll(strSql, {strSql2, " WHERE ", strSqlWhere, ";"});
+        return !VORN_FAILED(0 > runSqlEx(strSql, NULL, NULL));
     };
-    if (update())
+    if (updated())
         return 0;
 
     VORN_TRACE("jRecIn=%s", toString(jRecIn).c_str());
@@ -862,12 +876,16 @@ int VornJsonDbApi::recUpdateByWhere(Json::Value& jRecIn, std::string& strSqlWher
 
 int VornJsonDbApi::recUpdateByFilter(Json::Value& jFilterIn, Json::Value& jParamIn)
 {
-    std::string strSql;
-    if (!VORN_FAILED(jFilterIn.empty()) && !VORN_FAILED(jFilterIn.type() != Json::objectValue) &&
-        !VORN_FAILED(jParamIn.type() != Json::objectValue) &&
-        !VORN_FAILED(0 > SqlExpandMemberList(jFilterIn, strSql, VORN_SQL_WHERE_TYPE_AND)) &&
-        !VORN_FAILED(strSql.empty()) && !VORN_FAILED(0 > checkJsonType(jParamIn)) &&
-        !VORN_FAILED(0 > recUpdateByWhere(jParamIn, strSql)))
+    const auto updated = [&]
+    {
+        std::string strSql;
+        return !VORN_FAILED(jFilterIn.empty()) && !VORN_FAILED(jFilterIn.type() != Json::objectValue) &&
+               !VORN_FAILED(jParamIn.type() != Json::objectValue) &&
+               !VORN_FAILED(0 > SqlExpandMemberList(jFilterIn, strSql, VORN_SQL_WHERE_TYPE_AND)) &&
+               !VORN_FAILED(strSql.empty()) && !VORN_FAILED(0 > checkJsonType(jParamIn)) &&
+               !VORN_FAILED(0 > recUpdateByWhere(jParamIn, strSql));
+    };
+    if (updated())
         return 0;
 
     VORN_TRACE("recUpdateByFilter failed, jParamIn=%s", toString(jParamIn).c_str());
@@ -876,59 +894,27 @@ int VornJsonDbApi::recUpdateByFilter(Json::Value& jFilterIn, Json::Value& jParam
     return -1;
 }
 
-// ---- Deleting
-// ----------------------------------------------------------------------------------------------------------
+// Deleting
 
-namespace
-{
-
-// What SqlExpandMemberList() writes for an object that holds the texts as an array under the name of a string member.
-int expandTexts(const std::string* pTexts, std::size_t count, const char* szKey, std::string& strSqlWhereOut)
-{
-    if (VORN_FAILED_AS(szKey == kRawFilter, "!jRecParam[jmFieldName[i]].isString()"))
-        return -1;
-    std::string strItems;
-    for (const std::string* pText = pTexts; pText != pTexts + count; ++pText)
-        if (VORN_FAILED_AS(!addItem(strItems, pText->c_str(), true, kTextItemCheck),
-                           "0 > SqlMakeByListField(jmFieldName[i].c_str(), jTmp, strSqlWhereOut)"))
-            return -1;
-    appendAll(strSqlWhereOut, {" (", szKey, " in (", strItems, " ) )"});
-    return 0;
-}
-
-}  // namespace
-
-int VornJsonDbApi::recDelete(Json::Value& jRecParam, bool blAllowAll)
-{
-    std::string strSql;
-    const bool blFailed = VORN_FAILED(jRecParam.type() != Json::objectValue) ||
-                          VORN_FAILED(0 > SqlExpandMemberList(jRecParam, strSql, VORN_SQL_WHERE_TYPE_AND));
-    return removeWhere(blFailed, strSql, blAllowAll);
-}
-
-// blFailed: whether no condition could be made, which is reported with what SQLite refused last.
-int VornJsonDbApi::removeWhere(bool blFailed, const std::string& strSqlWhere, bool blAllowAll)
+// makeCondition(strSql) appends the condition, or is false after it has written why there is none: that is reported
+// with what SQLite refused last.
+template <typename MakeCondition>
+int VornJsonDbApi::removeWhere(MakeCondition makeCondition, bool blAllowAll)
 {
     std::string strSqlRun;
     int err = -1;
-    const auto remove = [&]
+    const auto removed = [&]
     {
-        if (blFailed || (!blAllowAll && VORN_FAILED_AS(strSqlWhere.empty(), "strSql.empty()")))
+        std::string strSql;
+        if (!makeCondition(strSql) || (!blAllowAll && VORN_FAILED(strSql.empty())))
             return false;
-        if (strSqlWhere.empty())
+        if (strSql.empty())
             appendAll(strSqlRun, {"DELETE FROM ", m_strName, " ;"});
         else
-            appendAll(strSqlRun, {"DELETE FROM ", m_strName, "  WHERE ", strSqlWhere, ";"});
-        if (VORN_FAILED_AS(0 > (err = execute(strSqlRun, nullptr, nullptr)), "0 > (err = runSqlEx(strSqlRun))"))
-            return false;
-        if (!m_strSqlErr.empty())  // cannot be: a successful run has emptied it
-        {
-            VORN_ERROR("sql error, sql=%s", strSqlRun.c_str());
-            return false;
-        }
-        return true;
+            appendAll(strSqlRun, {"DELETE FROM ", m_strName, "  WHERE ", strSql, ";"});
+        return !VORN_FAILED(0 > (err = runSqlEx(strSqlRun)));
     };
-    if (remove())
+    if (removed())
     {
         VORN_DEBUG("delete rec number=%d", err);
         return err;
@@ -936,6 +922,16 @@ int VornJsonDbApi::removeWhere(bool blFailed, const std::string& strSqlWhere, bo
 
     VORN_TRACE_SQL_ERROR(strSqlRun);
     return -1;
+}
+
+int VornJsonDbApi::recDelete(Json::Value& jRecParam, bool blAllowAll)
+{
+    const auto makeCondition = [&](std::string& strSql)
+    {
+        return !VORN_FAILED(jRecParam.type() != Json::objectValue) &&
+               !VORN_FAILED(0 > SqlExpandMemberList(jRecParam, strSql, VORN_SQL_WHERE_TYPE_AND));
+    };
+    return removeWhere(makeCondition, blAllowAll);
 }
 
 int VornJsonDbApi::recDeleteAll()
@@ -946,37 +942,36 @@ int VornJsonDbApi::recDeleteAll()
 
 int VornJsonDbApi::recDeleteByArray(std::vector<std::string>& strVector, const char* szKey)
 {
-    return removeTexts(strVector.data(), strVector.size(), szKey);
-}
-
-int VornJsonDbApi::removeTexts(const std::string* pTexts, std::size_t count, const char* szKey)
-{
     int err = -1;
-    const auto deleted = [&]
+    const auto removed = [&]
     {
         const Schema& schema = typesOf(m_jTableDef, m_strName).schema;
-        if (VORN_FAILED_AS(0 >= count, "0 >= strVector.size()") || VORN_FAILED(!szKey || !szKey[0]))
+        if (VORN_FAILED(0 >= strVector.size()) || VORN_FAILED(!szKey || !szKey[0]))
             return false;
         std::size_t expected = 0;
         const Member* pMember = schema.find(szKey, expected);
-        if (VORN_FAILED_AS(pMember == nullptr, "!jType.isMember(szKey)") ||
-            VORN_FAILED_AS(pMember->strTypeName != "string", R"(jType[szKey]["cpptype"].asString() != "string")"))
+        if (VORN_FAILED_AS(pMember == nullptr, kNoMemberDeleteKey) ||
+            VORN_FAILED_AS(pMember->strTypeName != "string", kNoStringMember))
             return false;
-        std::string strSqlWhere;
-        const bool blFailed = VORN_FAILED_AS(0 > expandTexts(pTexts, count, szKey, strSqlWhere),
-                                             "0 > SqlExpandMemberList(jRecParam, strSql, VORN_SQL_WHERE_TYPE_AND)");
-        return !VORN_FAILED_AS(0 > (err = removeWhere(blFailed, strSqlWhere, false)), "0 > (err = recDelete(jParam))");
+        // What SqlExpandMemberList() writes for an object with the one member szKey, an array of these texts.
+        const auto textOfItem = [&](std::size_t i, std::string&) { return strVector[i].c_str(); };
+        const auto makeCondition = [&](std::string& strSql)
+        {
+            strSql += " (";
+            const bool blFailed =
+                VORN_FAILED_AS(szKey == kRawFilter, kRawFilterIsNoString) ||
+                VORN_FAILED_AS(0 > makeList(*pMember, strVector.size(), textOfItem, strSql), kNoListCondition);
+            strSql += " )";
+            return !VORN_FAILED_AS(blFailed, kNoDeleteCondition);
+        };
+        return !VORN_FAILED_AS(0 > (err = removeWhere(makeCondition, false)), kNotDeleted);
     };
-    if (deleted())
+    if (removed())
         return err;
 
     std::string strItems;
-    for (const std::string* pText = pTexts; pText != pTexts + count; ++pText)
-    {
-        if (pText != pTexts)
-            strItems += ',';
-        strItems += *pText;
-    }
+    for (const std::string& strItem : strVector)
+        appendAll(strItems, {&strItem != &strVector.front() ? "," : "", strItem});
     VORN_TRACE("recDeleteByArray failed, name=%s, strVector=%s", szKey, strItems.c_str());
     return -1;
 }
@@ -984,17 +979,18 @@ int VornJsonDbApi::removeTexts(const std::string* pTexts, std::size_t count, con
 int VornJsonDbApi::recDeleteByName(std::string& strValue, const char* szKey)
 {
     int err = -1;
-    const auto deleted = [&]
+    const auto removed = [&]
     {
         const Schema& schema = typesOf(m_jTableDef, m_strName).schema;
         if (VORN_FAILED(strValue.empty()) || VORN_FAILED(!szKey || !szKey[0]))
             return false;
         std::size_t expected = 0;
-        return !VORN_FAILED_AS(schema.find(szKey, expected) == nullptr, "!jType.isMember(szKey)") &&
-               !VORN_FAILED_AS(0 > (err = removeTexts(&strValue, 1, szKey)),
-                               "0 > (err = recDeleteByArray(strVector, szKey))");
+        if (VORN_FAILED_AS(schema.find(szKey, expected) == nullptr, kNoMemberDeleteKey))
+            return false;
+        std::vector<std::string> strVector{strValue};
+        return !VORN_FAILED(0 > (err = recDeleteByArray(strVector, szKey)));
     };
-    if (deleted())
+    if (removed())
         return err;
 
     VORN_TRACE("recDeleteByName failed, name=%s, strValue=%s", szKey, strValue.c_str());

@@ -4,7 +4,7 @@
 // host wishes at that moment. A source that writes lines names itself with a constant kLogFile.
 //
 //   VORN_FAILED(condition)            true, after a failure line that quotes the condition, when the condition holds
-//   VORN_FAILED_AS(condition, text)   the same where the line quotes another text than the code that tests it
+//   VORN_FAILED_AS(condition, text)   the same where the line quotes a text of log_texts.h instead
 //   VORN_ERROR(message, arguments)    error line: located like a failure line, with a message of its own
 //   VORN_TRACE(message, arguments)    trace line: what a failed operation was working on
 //   VORN_DEBUG(message, arguments)    debug line: a trace line that is written only while blDebugOutput is set
@@ -18,7 +18,6 @@
 #include <unistd.h>
 
 #include <cerrno>
-#include <cstddef>
 #include <cstdio>
 
 // Defined by the host process; default visibility, so that they resolve outside this library.
@@ -28,72 +27,54 @@ extern __attribute__((visibility("default"))) bool blDebugOutput;
 // Lines are rare: their code stays out of the way of the rest and small.
 #define VORN_COLD __attribute__((cold, noinline))
 
+// The formats of one line, each of them a literal: the doubled location and the doubled "%m" are what log readers know.
+#define VORN_LOCATED_FORMATS(message)                                                      \
+    vorn_log::Formats                                                                      \
+    {                                                                                      \
+        "(%u) %s:%d (%s:%d)" message "(%m)\n\n", "%s:%d (%u)(%s:%d)" message "(%m)\n(%m)", \
+            "%s:%d (%u)(%s:%d)" message "(%m)\n"                                           \
+    }
+#define VORN_PLAIN_FORMATS(message)                                                   \
+    vorn_log::Formats                                                                 \
+    {                                                                                 \
+        "(%u) %s:%d " message "\n", "%s:%d (%u)" message "(%m)", "%s:%d (%u)" message \
+    }
+
 namespace vorn_log
 {
 
-// What stands around a message. The doubled location and the doubled "%m" are the format that log readers know.
-struct Frame
+struct Formats
 {
-    const char* szStdoutBefore;
-    const char* szStdoutAfter;
-    const char* szSyslogBefore;
-    const char* szSyslogAfterErrno;
-    const char* szSyslogAfter;
-};
+    const char* szStdout;
+    const char* szSyslogErrno;
+    const char* szSyslog;
 
-constexpr Frame kLocated{"(%u) %s:%d (%s:%d)", "(%m)\n\n", "%s:%d (%u)(%s:%d)", "(%m)\n(%m)", "(%m)\n"};
-constexpr Frame kPlain{"(%u) %s:%d ", "\n", "%s:%d (%u)", "(%m)", ""};
-
-constexpr std::size_t kMaxMessage = 100;
-
-// A message in its frame, put together when its line is written: joined beforehand, all of them take 4 KB more on armhf
-// (./dev size).
-class Format
-{
-public:
-    VORN_COLD Format(const Frame& frame, const char* szMessage) : m_blStdout(blLogToStdout)
-    {
-        const char* const szAfterSyslog = errno != 0 ? frame.szSyslogAfterErrno : frame.szSyslogAfter;
-        static_cast<void>(std::snprintf(m_szText, sizeof m_szText, "%s%s%s",
-                                        m_blStdout ? frame.szStdoutBefore : frame.szSyslogBefore, szMessage,
-                                        m_blStdout ? frame.szStdoutAfter : szAfterSyslog));
-    }
-
-    bool isForStdout() const { return m_blStdout; }
-    const char* text() const { return m_szText; }
-
-private:
-    static constexpr std::size_t kMaxFrame = 40;
-
-    bool m_blStdout;
-    char m_szText[kMaxMessage + kMaxFrame];
+    const char* forSyslog() const { return errno != 0 ? szSyslogErrno : szSyslog; }
 };
 
 template <typename... Args>
-VORN_COLD void writeLocated(const char* szMessage, const char* szFile, int iLine, Args... args)
+VORN_COLD void writeLocated(const Formats& formats, const char* szFile, int iLine, Args... args)
 {
-    const Format format(kLocated, szMessage);
     const auto uPid = static_cast<unsigned>(getpid());
-    if (format.isForStdout())
-        static_cast<void>(std::printf(format.text(), uPid, szFile, iLine, szFile, iLine, args...));
+    if (blLogToStdout)
+        static_cast<void>(std::printf(formats.szStdout, uPid, szFile, iLine, szFile, iLine, args...));
     else
-        syslog(LOG_ERR, format.text(), szFile, iLine, uPid, szFile, iLine, args...);
+        syslog(LOG_ERR, formats.forSyslog(), szFile, iLine, uPid, szFile, iLine, args...);
 }
 
 template <typename... Args>
-VORN_COLD void writePlain(const char* szMessage, const char* szFile, int iLine, Args... args)
+VORN_COLD void writePlain(const Formats& formats, const char* szFile, int iLine, Args... args)
 {
-    const Format format(kPlain, szMessage);
     const auto uPid = static_cast<unsigned>(getpid());
-    if (format.isForStdout())
-        static_cast<void>(std::printf(format.text(), uPid, szFile, iLine, args...));
+    if (blLogToStdout)
+        static_cast<void>(std::printf(formats.szStdout, uPid, szFile, iLine, args...));
     else
-        syslog(LOG_ERR, format.text(), szFile, iLine, uPid, args...);
+        syslog(LOG_ERR, formats.forSyslog(), szFile, iLine, uPid, args...);
 }
 
 VORN_COLD inline void writeFailure(const char* szFile, int iLine, const char* szCondition)
 {
-    writeLocated("Failed [%s]", szFile, iLine, szCondition);
+    writeLocated(VORN_LOCATED_FORMATS("Failed [%s]"), szFile, iLine, szCondition);
 }
 
 }  // namespace vorn_log
@@ -102,16 +83,15 @@ VORN_COLD inline void writeFailure(const char* szFile, int iLine, const char* sz
 #define VORN_FAILED_AS(condition, text) ((condition) && (vorn_log::writeFailure(kLogFile, __LINE__, text), true))
 
 // The unevaluated printf() lets the compiler check the arguments against the message.
-#define VORN_WRITE(function, message, ...)                                   \
-    do                                                                       \
-    {                                                                        \
-        static_cast<void>(sizeof(std::printf(message, __VA_ARGS__)));        \
-        static_assert(sizeof(message) <= vorn_log::kMaxMessage, "too long"); \
-        vorn_log::function(message, kLogFile, __LINE__, __VA_ARGS__);        \
+#define VORN_WRITE(function, formats, message, ...)                            \
+    do                                                                         \
+    {                                                                          \
+        static_cast<void>(sizeof(std::printf(message, __VA_ARGS__)));          \
+        vorn_log::function(formats(message), kLogFile, __LINE__, __VA_ARGS__); \
     } while (false)
 
-#define VORN_ERROR(message, ...) VORN_WRITE(writeLocated, message, __VA_ARGS__)
-#define VORN_TRACE(message, ...) VORN_WRITE(writePlain, message, __VA_ARGS__)
+#define VORN_ERROR(message, ...) VORN_WRITE(writeLocated, VORN_LOCATED_FORMATS, message, __VA_ARGS__)
+#define VORN_TRACE(message, ...) VORN_WRITE(writePlain, VORN_PLAIN_FORMATS, message, __VA_ARGS__)
 #define VORN_DEBUG(message, ...)              \
     do                                        \
     {                                         \

@@ -8,6 +8,8 @@ char* escaped(const char* szText)
 {
     std::size_t length = 0;
     escape(szText, [&](std::string_view piece) { length += piece.size(); });
+    if (length > kFitsFormatter)
+        return sqlite3_mprintf("%q", szText);
     auto* const szEscaped = static_cast<char*>(sqlite3_malloc64(length + 1));
     if (szEscaped == nullptr)
         return nullptr;

@@ -5,6 +5,7 @@
 #include <ctime>
 
 #include <VornJsonDbApi.h>
+
 #include "../core/json_text.h"
 #include "log.h"
 
@@ -13,10 +14,11 @@ namespace
 
 constexpr const char* kLogFile = "util";
 
-// The type maps of all tables, keyed by table name. An entry is made once and never changes again.
+// The type maps of all tables, keyed by table name. An entry is made once and never changes again. They are never
+// destroyed: the host's own static objects may use tables while they are destroyed.
 Json::Value& typeMapCache()
 {
-    static Json::Value jType;
+    static Json::Value& jType = *new Json::Value;
     return jType;
 }
 
@@ -100,9 +102,14 @@ namespace VORN_JSON_DB
 Json::Value& recType(Json::Value& jTableDef, std::string& strJsonName)
 {
     Json::Value& jType = typeMapCache();
-    if ((jType.isMember(strJsonName) || (enterTypeMap(jTableDef, strJsonName, jType) &&
-                                         !VORN_FAILED(jType == Json::nullValue || !jType.isMember(strJsonName)))) &&
-        !VORN_FAILED(jType[strJsonName].type() != Json::objectValue))
+    const auto found = [&]
+    {
+        if (!jType.isMember(strJsonName) && (!enterTypeMap(jTableDef, strJsonName, jType) ||
+                                             VORN_FAILED(jType == Json::nullValue || !jType.isMember(strJsonName))))
+            return false;
+        return !VORN_FAILED(jType[strJsonName].type() != Json::objectValue);
+    };
+    if (found())
         return jType[strJsonName];
 
     VORN_TRACE("strJsonName=%s", strJsonName.c_str());
@@ -140,18 +147,18 @@ int getTimeAfterNow(int offsetSecond, std::string& strOut, int iType)
     return 0;
 }
 
-int convert2ReadableTime(long ullTimeStamp, std::string& strOut, int iType)
+int convert2ReadableTime(long stamp, std::string& strOut, int iType)
 {
     constexpr int kUtc = 1;
 
-    const time_t stamp = ullTimeStamp;  // time_t may be wider than long
+    const time_t ullTimeStamp = stamp;  // time_t may be wider than long
     struct tm sTime = {};
     if ((iType & kUtc) != 0)
     {
-        if (VORN_FAILED_AS(nullptr == gmtime_r(&stamp, &sTime), "NULL == gmtime_r(&ullTimeStamp, &sTime)"))
+        if (VORN_FAILED(NULL == gmtime_r(&ullTimeStamp, &sTime)))
             return -1;
     }
-    else if (VORN_FAILED_AS(nullptr == localtime_r(&stamp, &sTime), "NULL == localtime_r(&ullTimeStamp, &sTime)"))
+    else if (VORN_FAILED(NULL == localtime_r(&ullTimeStamp, &sTime)))
     {
         return -1;
     }

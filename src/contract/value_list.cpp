@@ -2,10 +2,13 @@
 
 #include "value_list.h"
 
+#include <algorithm>
 #include <charconv>
 #include <cstdint>
 #include <cstring>
+#include <limits>
 #include <stdexcept>
+#include <string>
 
 #include "sqlite_text.h"
 
@@ -222,9 +225,9 @@ std::string formatWhole(const char* szFormat, Argument argument)
 
 }  // namespace
 
-ValueList::ValueList(std::string_view start) : m_blPlain(isPlain(start))
+ValueList::ValueList(std::string_view start)
+    : m_start(start), m_length(start.size()), m_fits(kFitsFormatter), m_blPlain(isPlain(start))
 {
-    append(start);
 }
 
 ValueList::~ValueList()
@@ -242,12 +245,27 @@ void ValueList::append(std::string_view piece)
         auto* szText = static_cast<char*>(sqlite3_realloc64(m_szText, capacity));
         if (szText == nullptr)
             failWithoutText();
+        if (m_szText == nullptr)
+            std::memcpy(szText, m_start.data(), m_length);
         m_szText = szText;
         m_capacity = capacity;
     }
     std::memcpy(m_szText + m_length, piece.data(), piece.size());
     m_length += piece.size();
     m_szText[m_length] = '\0';
+}
+
+// Fails where the formatter would not make a text of this length. Asks for twice of it first, so that a list which
+// grows by many values is not formatted again for each of them.
+void ValueList::checkLength()
+{
+    if (m_length <= m_fits)
+        return;
+    const auto twice = static_cast<int>(std::min<std::size_t>(2 * m_length, std::numeric_limits<int>::max()));
+    if (SqliteText(sqlite3_mprintf("%*s", twice, "")) != nullptr)
+        m_fits = static_cast<std::size_t>(twice);
+    else
+        static_cast<void>(checked(SqliteText(sqlite3_mprintf("%s", m_szText))));
 }
 
 template <typename Value>
@@ -257,6 +275,7 @@ void ValueList::reformat(const char* szConversion, Value value)
     const std::string strText = formatWhole(m_szText, Argument(value));
     m_length = 0;
     append(strText);
+    checkLength();
     m_blPlain = isPlain(strText);
 }
 
@@ -270,6 +289,7 @@ void ValueList::addDecimal(const char* szConversion, Integer value)
     char szDigits[kMaxLength];
     const char* const szEnd = std::to_chars(szDigits, szDigits + kMaxLength, value).ptr;
     append({szDigits, static_cast<std::size_t>(szEnd - szDigits)});
+    checkLength();
 }
 
 void ValueList::addInteger(sqlite3_int64 iValue)
@@ -288,6 +308,7 @@ void ValueList::addReal(const char* szConversion, double dValue)
         return reformat(szConversion, dValue);
     const SqliteText szValue(sqlite3_mprintf(szConversion, dValue));
     append(checked(szValue));
+    checkLength();
 }
 
 void ValueList::addFloat(float fValue)
@@ -307,5 +328,6 @@ void ValueList::addQuoted(const char* szValue)
     append("'");
     escape(szValue, [this](std::string_view piece) { append(piece); });
     append("'");
+    checkLength();
     m_blPlain = std::strchr(szValue, '%') == nullptr;
 }
