@@ -4,8 +4,6 @@
 
 #include <sqlite3.h>
 
-#include <algorithm>
-
 #include "ddl.h"
 #include "operations.h"
 #include "savepoint.h"
@@ -27,37 +25,22 @@ bool exists(Store& store, Waiter& waiter, bool& blExists, Status& status)
     return true;
 }
 
-bool readNames(Store& store, Waiter& waiter, std::vector<std::string>& names, Status& status)
-{
-    StatementPointer pStatement;
-    if (!prepare(store.pDb, "SELECT name FROM main.sqlite_master", waiter, pStatement, status))
-        return false;
-    while (sqlite3_step(pStatement.get()) == SQLITE_ROW)
-        names.emplace_back(reinterpret_cast<const char*>(sqlite3_column_text(pStatement.get(), 0)));
-    return true;
-}
+}  // namespace
 
-bool make(Store& store, Waiter& waiter, Status& status)
+bool makeTable(Store& store, Waiter& waiter, Status& status)
 {
     Savepoint savepoint(store, waiter);
-    std::vector<std::string> names;
+    NameSet names;
     if (!savepoint.begin(status) || !runScript(store.pDb, createTableText(store.definition), waiter, status) ||
-        !readNames(store, waiter, names, status))
+        !names.read(store.pDb, "main", waiter, status))
         return false;
-    const auto isTaken = [&names](const std::string& strName)
-    {
-        return std::any_of(names.begin(), names.end(),
-                           [&strName](const std::string& strOther)
-                           { return sqlite3_stricmp(strName.c_str(), strOther.c_str()) == 0; });
-    };
     for (const Member& member : store.definition.members())
-        for (const std::string& strText : indexTexts(store.definition, member, isTaken))
-            if (!runScript(store.pDb, strText, waiter, status))
+        for (const bool blUnique : {false, true})
+            if ((blUnique ? member.blUnique : member.blIndex) &&
+                !runScript(store.pDb, indexText(store.definition, member, blUnique, names), waiter, status))
                 return false;
     return savepoint.keep(status);
 }
-
-}  // namespace
 
 bool createTable(Store& store, Status& status)
 {
@@ -70,7 +53,7 @@ bool createTable(Store& store, Status& status)
     bool blExists = false;
     if (!exists(store, waiter, blExists, status))
         return false;
-    if (blExists || make(store, waiter, status))
+    if (blExists || makeTable(store, waiter, status))
         return true;
 
     // Another connection may have made it meanwhile.

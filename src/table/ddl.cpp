@@ -6,6 +6,7 @@
 #include <charconv>
 
 #include "cell_value.h"
+#include "query.h"
 
 namespace vorn
 {
@@ -106,6 +107,34 @@ std::string createTableText(const Definition& definition)
     }
     return "CREATE TABLE " + definition.quotedName() + " (" + strColumns +
            (strKey.empty() ? "" : ", PRIMARY KEY (" + strKey + ')') + ')';
+}
+
+bool NameSet::read(sqlite3* pDb, const std::string& strSchema, Waiter& waiter, Status& status)
+{
+    m_strSchema = quoted(strSchema);
+    return eachRow(pDb, "SELECT name FROM " + m_strSchema + ".sqlite_master", waiter, status,
+                   [this](sqlite3_stmt* pRow) { m_names.push_back(columnString(pRow, 0)); });
+}
+
+std::string NameSet::free(const std::string& strName)
+{
+    std::string strFree = strName;
+    const auto isTaken = [this, &strFree]
+    {
+        return std::any_of(m_names.begin(), m_names.end(),
+                           [&strFree](const std::string& strOther) { return sameName(strFree, strOther); });
+    };
+    for (int i = 2; isTaken(); ++i)
+        strFree = strName + ':' + std::to_string(i);
+    m_names.push_back(strFree);
+    return strFree;
+}
+
+std::string indexText(const Definition& definition, const Member& member, bool blUnique, NameSet& names)
+{
+    const std::string strName = definition.name() + ':' + std::string(member.name) + (blUnique ? ":unique" : ":index");
+    return (blUnique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") + names.schema() + '.' + quoted(names.free(strName)) +
+           " ON " + definition.quotedName() + " (" + member.strQuoted + ')';
 }
 
 }  // namespace vorn

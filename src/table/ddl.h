@@ -11,8 +11,12 @@
 
 #include "definition.h"
 
+struct sqlite3;
+
 namespace vorn
 {
+
+class Waiter;
 
 // The declared type that a member's column gets: "INTEGER", "REAL" or "TEXT".
 const char* columnTypeName(const Member& member);
@@ -22,25 +26,24 @@ std::string columnText(const Member& member);
 
 std::string createTableText(const Definition& definition);
 
-// The statements for the indexes of a member; isTaken tells whether an index or table of that name exists.
-template <typename IsTaken>
-std::vector<std::string> indexTexts(const Definition& definition, const Member& member, IsTaken isTaken)
+// The names of a database's tables and indexes.
+class NameSet
 {
-    std::vector<std::string> texts;
-    for (const bool blUnique : {false, true})
-    {
-        if (!(blUnique ? member.blUnique : member.blIndex))
-            continue;
-        const std::string strName =
-            definition.name() + ':' + std::string(member.name) + (blUnique ? ":unique" : ":index");
-        std::string strFree = strName;
-        for (int i = 2; isTaken(strFree); ++i)
-            strFree = strName + ':' + std::to_string(i);
-        texts.push_back((blUnique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") + quoted(strFree) + " ON " +
-                        definition.quotedName() + " (" + member.strQuoted + ')');
-    }
-    return texts;
-}
+public:
+    bool read(sqlite3* pDb, const std::string& strSchema, Waiter& waiter, Status& status);
+
+    // The name itself, or one like it that is not taken, which is then.
+    std::string free(const std::string& strName);
+
+    const std::string& schema() const { return m_strSchema; }  // as SQL writes it
+
+private:
+    std::string m_strSchema;
+    std::vector<std::string> m_names;
+};
+
+// The statement for the index, plain or unique, of a member.
+std::string indexText(const Definition& definition, const Member& member, bool blUnique, NameSet& names);
 
 }  // namespace vorn
 

@@ -8,9 +8,7 @@
 #include <map>
 
 #include "definition.h"
-#include "prepare.h"
-#include "sqlite_status.h"
-#include "waiter.h"
+#include "query.h"
 
 namespace vorn
 {
@@ -18,42 +16,7 @@ namespace vorn
 namespace
 {
 
-struct Column
-{
-    std::string strName;
-    std::string strType;
-    bool blFillsItself = false;
-    int iKey = 0;  // its place in the primary key, from 1, or 0
-};
-
-std::string textOfColumn(sqlite3_stmt* pStatement, int iColumn)
-{
-    const auto* szText = reinterpret_cast<const char*>(sqlite3_column_text(pStatement, iColumn));
-    return szText != nullptr ? szText : "";
-}
-
-bool sameName(std::string_view left, std::string_view right)
-{
-    return left.size() == right.size() &&
-           sqlite3_strnicmp(left.data(), right.data(), static_cast<int>(left.size())) == 0;
-}
-
-// Calls visit(statement) for each row.
-template <typename Visit>
-bool eachRow(sqlite3* pDb, const std::string& strSql, Waiter& waiter, Status& status, Visit visit)
-{
-    StatementPointer pStatement;
-    if (!prepare(pDb, strSql, waiter, pStatement, status))
-        return false;
-    int iResult = sqlite3_step(pStatement.get());
-    for (; iResult == SQLITE_ROW; iResult = sqlite3_step(pStatement.get()))
-        visit(pStatement.get());
-    if (iResult == SQLITE_DONE)
-        return true;
-    return failSqlite(status, pDb, failureOf(pDb, pStatement.get()));
-}
-
-bool readColumns(sqlite3* pDb, const Definition& definition, Waiter& waiter, std::vector<Column>& columns,
+bool readColumns(sqlite3* pDb, const Definition& definition, Waiter& waiter, std::vector<TableColumn>& columns,
                  Status& status)
 {
     return eachRow(pDb, "PRAGMA table_xinfo(" + definition.quotedName() + ")", waiter, status,
@@ -64,26 +27,26 @@ bool readColumns(sqlite3* pDb, const Definition& definition, Waiter& waiter, std
                        constexpr int kDefault = 4;
                        constexpr int kKey = 5;
                        constexpr int kHidden = 6;
-                       Column column;
-                       column.strName = textOfColumn(pRow, kName);
-                       column.strType = textOfColumn(pRow, kType);
+                       TableColumn column;
+                       column.strName = columnString(pRow, kName);
+                       column.strType = columnString(pRow, kType);
                        column.blFillsItself = (sqlite3_column_type(pRow, kDefault) != SQLITE_NULL &&
-                                               !sameName(textOfColumn(pRow, kDefault), "null")) ||
+                                               !sameName(columnString(pRow, kDefault), "null")) ||
                                               sqlite3_column_int(pRow, kHidden) > 1;  // a generated column
                        column.iKey = sqlite3_column_int(pRow, kKey);
                        columns.push_back(std::move(column));
                    });
 }
 
-const Column* findColumn(const std::vector<Column>& columns, std::string_view name)
+const TableColumn* findColumn(const std::vector<TableColumn>& columns, std::string_view name)
 {
     const auto it = std::find_if(columns.begin(), columns.end(),
-                                 [name](const Column& column) { return sameName(column.strName, name); });
+                                 [name](const TableColumn& column) { return sameName(column.strName, name); });
     return it != columns.end() ? &*it : nullptr;
 }
 
 // The first of the rowid's names that no column of the table has taken; "" where there is no rowid.
-std::string rowidName(sqlite3* pDb, const Definition& definition, const std::vector<Column>& columns)
+std::string rowidName(sqlite3* pDb, const Definition& definition, const std::vector<TableColumn>& columns)
 {
     for (const char* szName : {"rowid", "_rowid_", "oid"})
         if (findColumn(columns, szName) == nullptr)
@@ -99,7 +62,7 @@ bool readTriggers(sqlite3* pDb, const Definition& definition, Waiter& waiter, Fa
     // A name stands for the table in temp, else for the one in the first database that has it.
     const auto lookAtTable = [&facts](sqlite3_stmt* pRow)
     {
-        const std::string strSchema = textOfColumn(pRow, 0);
+        const std::string strSchema = columnString(pRow, 0);
         if (facts.strSchema.empty() || strSchema == "temp")
             facts.strSchema = strSchema;
     };
@@ -110,7 +73,7 @@ bool readTriggers(sqlite3* pDb, const Definition& definition, Waiter& waiter, Fa
     for (const std::string& strSchema : {facts.strSchema, std::string("temp")})
     {
         const auto lookAtTrigger = [&facts, &definition](sqlite3_stmt* pRow)
-        { facts.blTriggers = facts.blTriggers || sameName(textOfColumn(pRow, 0), definition.name()); };
+        { facts.blTriggers = facts.blTriggers || sameName(columnString(pRow, 0), definition.name()); };
         if (!eachRow(pDb, "SELECT tbl_name FROM " + quoted(strSchema) + ".sqlite_master WHERE type = 'trigger'", waiter,
                      status, lookAtTrigger))
             return false;
@@ -122,22 +85,22 @@ bool readTriggers(sqlite3* pDb, const Definition& definition, Waiter& waiter, Fa
 
 bool readFacts(sqlite3* pDb, const Definition& definition, Waiter& waiter, Facts& facts, Status& status)
 {
-    std::vector<Column> columns;
     Facts read;
+    std::vector<TableColumn>& columns = read.columns;
     if (!readColumns(pDb, definition, waiter, columns, status))
         return false;
     read.blExists = !columns.empty();
 
     for (const Member& member : definition.members())
     {
-        const Column* pColumn = findColumn(columns, member.name);
+        const TableColumn* pColumn = findColumn(columns, member.name);
         if (pColumn == nullptr && read.strMissing.empty())
             read.strMissing = member.name;
         read.fillsItself.push_back(pColumn != nullptr && pColumn->blFillsItself);
     }
 
-    std::map<int, const Column*> key;
-    for (const Column& column : columns)
+    std::map<int, const TableColumn*> key;
+    for (const TableColumn& column : columns)
         if (column.iKey > 0)
             key.emplace(column.iKey, &column);
     for (const auto& [iPlace, pColumn] : key)
@@ -162,7 +125,7 @@ bool readFacts(sqlite3* pDb, const Definition& definition, Waiter& waiter, Facts
         const auto lookAt = [&blIndex](sqlite3_stmt* pRow)
         {
             constexpr int kOrigin = 3;
-            blIndex = blIndex || textOfColumn(pRow, kOrigin) == "pk";
+            blIndex = blIndex || columnString(pRow, kOrigin) == "pk";
         };
         if (!eachRow(pDb, "PRAGMA index_list(" + definition.quotedName() + ")", waiter, status, lookAt))
             return false;

@@ -26,8 +26,17 @@ struct KeyColumn
     const Member* pMember;  // null where the definition does not declare it
 };
 
+struct TableColumn
+{
+    std::string strName;
+    std::string strType;         // as it was declared
+    bool blFillsItself = false;  // it has a default, or is generated
+    int iKey = 0;                // its place in the primary key, from 1, or 0
+};
+
 struct Facts
 {
+    std::vector<TableColumn> columns;
     std::string strRowid;           // the rowid's column, "table"."rowid", or "" where there is none
     bool blRowidKey = false;        // the primary key is the rowid and numbers itself
     std::vector<KeyColumn> key;     // the primary key
@@ -42,6 +51,20 @@ struct Facts
 
 // Reads them by the connection's view of the schema. False where SQLite fails; a missing table or column is none.
 bool readFacts(sqlite3* pDb, const Definition& definition, Waiter& waiter, Facts& facts, Status& status);
+
+// What an index covers.
+struct TableIndex
+{
+    std::vector<std::string> columns;  // "" for an expression
+    bool blUnique = false;
+};
+
+// The indexes of the table, without those that leave out rows; the rowid as a key counts as one.
+bool readIndexes(sqlite3* pDb, const Definition& definition, const Facts& facts, Waiter& waiter,
+                 std::vector<TableIndex>& indexes, Status& status);
+
+// Whether one of the unique indexes keeps the columns, together, unique.
+bool isUnique(const std::vector<TableIndex>& indexes, const std::vector<std::string_view>& columns);
 
 // Reads the schema anew where another connection has changed it.
 void refreshSchema(sqlite3* pDb, const Definition& definition);

@@ -20,6 +20,14 @@ namespace vorn
 
 // create_table.cpp: runs the host's statements, or makes the table where there is none.
 bool createTable(Store& store, Status& status);
+// Makes it by the definition.
+bool makeTable(Store& store, Waiter& waiter, Status& status);
+
+// check_table.cpp. The report is filled where the status is Missing or BadCell, too.
+bool checkTable(Store& store, Json::Value& jReportOut, bool blCells, Status& status);
+
+// upgrade_table.cpp
+bool upgradeTable(Store& store, Status& status);
 
 // write.cpp. pRecOut may be null or the record itself.
 bool createRecord(Store& store, const Json::Value& jRec, bool blDefaults, Json::Value* pRecOut, Status& status);

@@ -22,7 +22,7 @@ enum class Outcome
 };
 
 // Runs one statement to its end.
-Outcome runOnce(sqlite3* pDb, sqlite3_stmt* pStatement, Waiter& waiter, Status& status)
+Outcome runOnce(sqlite3* pDb, sqlite3_stmt* pStatement, Waiter& waiter, const Definition* pDefinition, Status& status)
 {
     bool blRow = false;
     int iStep = sqlite3_step(pStatement);
@@ -38,13 +38,13 @@ Outcome runOnce(sqlite3* pDb, sqlite3_stmt* pStatement, Waiter& waiter, Status& 
     if (blStale)
         failStale(status, iResult);
     else
-        failSqlite(status, pDb, iResult);
+        failSqlite(status, pDb, iResult, pDefinition);
     return Outcome::Failed;
 }
 
 }  // namespace
 
-bool runScript(sqlite3* pDb, const std::string& strSql, Waiter& waiter, Status& status)
+bool runScript(sqlite3* pDb, const std::string& strSql, Waiter& waiter, Status& status, const Definition* pDefinition)
 {
     std::string strRest = strSql;
     while (!strRest.empty())
@@ -53,7 +53,8 @@ bool runScript(sqlite3* pDb, const std::string& strSql, Waiter& waiter, Status& 
         const char* szTail = nullptr;
         if (!prepare(pDb, strRest, waiter, pStatement, status, &szTail))
             return false;
-        const Outcome outcome = pStatement != nullptr ? runOnce(pDb, pStatement.get(), waiter, status) : Outcome::Done;
+        const Outcome outcome =
+            pStatement != nullptr ? runOnce(pDb, pStatement.get(), waiter, pDefinition, status) : Outcome::Done;
         if (outcome == Outcome::Failed)
             return false;
         if (outcome == Outcome::Done)

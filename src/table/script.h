@@ -14,10 +14,13 @@ struct sqlite3;
 namespace vorn
 {
 
+class Definition;
 class Waiter;
 
-// Runs the statements of the text; rows are left aside. A statement that meets a lock is repeated by itself.
-bool runScript(sqlite3* pDb, const std::string& strSql, Waiter& waiter, Status& status);
+// Runs the statements of the text; rows are left aside. A statement that meets a lock is repeated by itself. The
+// definition, where there is one, tells the member that a broken constraint names.
+bool runScript(sqlite3* pDb, const std::string& strSql, Waiter& waiter, Status& status,
+               const Definition* pDefinition = nullptr);
 
 }  // namespace vorn
 

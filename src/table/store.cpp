@@ -46,6 +46,15 @@ std::string keyText(const Store& store)
 
 }  // namespace
 
+bool failMissing(const Definition& definition, const Facts& facts, Status& status)
+{
+    if (!facts.blExists)
+        return fail(status, Code::Missing, "",
+                    "The table " + shown(definition.name()) + " does not exist; tableUpgrade() makes it.");
+    return fail(status, Code::Missing, facts.strMissing,
+                "The table has no column for " + shown(facts.strMissing) + "; tableUpgrade() adds it.");
+}
+
 bool Store::look(Waiter& waiter, Status& status)
 {
     if (blFacts)
@@ -59,11 +68,7 @@ bool Store::look(Waiter& waiter, Status& status)
         if (facts.blExists && facts.strMissing.empty())
             return blFacts = true;
     }
-    if (!facts.blExists)
-        return fail(status, Code::Missing, "",
-                    "The table " + shown(definition.name()) + " does not exist; tableUpgrade() makes it.");
-    return fail(status, Code::Missing, facts.strMissing,
-                "The table has no column for " + shown(facts.strMissing) + "; tableUpgrade() adds it.");
+    return failMissing(definition, facts, status);
 }
 
 void Store::forget()

@@ -44,6 +44,9 @@ struct Store
     }
 };
 
+// For a table that is not there, or a declared column that it lacks.
+bool failMissing(const Definition& definition, const Facts& facts, Status& status);
+
 // The SQL text of a shape, by the facts.
 std::string statementText(const Store& store, const Shape& shape);
 

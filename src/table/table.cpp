@@ -242,6 +242,20 @@ int Table::tableCreate()
                                         { return zeroIf(createTable(store, now)); }));
 }
 
+int Table::tableCheck(Json::Value& jReportOut, bool blCells)
+{
+    return static_cast<int>(Inside::run(m_pInside.get(), kNeedsConnection,
+                                        [&](Store& store, Status& now) -> long long
+                                        { return zeroIf(checkTable(store, jReportOut, blCells, now)); }));
+}
+
+int Table::tableUpgrade()
+{
+    return static_cast<int>(Inside::run(m_pInside.get(), kNeedsConnection,
+                                        [&](Store& store, Status& now) -> long long
+                                        { return zeroIf(upgradeTable(store, now)); }));
+}
+
 int Table::explain(const Json::Value& jRequest, Json::Value& jOut)
 {
     return static_cast<int>(Inside::run(m_pInside.get(), kNeedsConnection,
