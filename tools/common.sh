@@ -9,7 +9,7 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # Debian packages by purpose: everything that a command installs is named here.
 packages_build=(cmake g++ libjsoncpp-dev libsqlite3-dev ninja-build)
 packages_demo=("${packages_build[@]}" iso-codes)
-packages_test=("${packages_build[@]}" binutils libgtest-dev locales pkgconf)
+packages_test=("${packages_build[@]}" binutils iso-codes libgtest-dev locales pkgconf)
 packages_lint=("${packages_test[@]}" clang clang-format clang-tidy clang-tools cppcheck perl shellcheck)
 packages_fuzz=("${packages_build[@]}" clang libclang-rt-dev)
 packages_fresh=(debootstrap)

@@ -92,8 +92,9 @@ void run(const std::string& strDatabase, const std::string& strInput)
 
     require(countries.recCreate(json(R"({"alpha_2": "IS", "name": "Iceland"})")) < 0, "a second IS");
     require(countries.status().code == vorn::Code::Duplicate, "the reason");
-    std::printf("duplicate  a second IS: %s of %s, still %lld\n", vorn::codeName(countries.status().code),
-                countries.status().member.c_str(), count(countries, "{}"));
+    std::printf("duplicate  a second IS: %s of %s", vorn::codeName(countries.status().code),
+                countries.status().member.c_str());
+    std::printf(", still %lld\n", count(countries, "{}"));
 
     Json::Value jPage;
     must(countries, countries.recList(json(R"({"sort_by": "name", "limit": 4, "offset": 48})"), jPage));
@@ -116,7 +117,7 @@ void run(const std::string& strDatabase, const std::string& strInput)
     must(countries, countries.recCreate(jOdd, jStored));
     jOdd["island"] = false;  // the default
     require(jStored == jOdd && jStored["people"].isUInt(), "what was stored");
-    std::printf("kept       XX: a name of %zu characters with '%%' and NUL, %u people, %.17g km2\n",
+    std::printf("kept       XX: a name of %zu characters with '%%' and NUL, %u people, %g km2\n",
                 jStored["name"].asString().size(), jStored["people"].asUInt(), jStored["area"].asDouble());
 
     const long long islands = must(countries, countries.recUpdateByFilter(json(R"({"name": {"$like": "%island%"}})"),

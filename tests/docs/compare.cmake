@@ -4,5 +4,5 @@
 execute_process(COMMAND ${command} OUTPUT_VARIABLE written RESULT_VARIABLE status)
 file(READ ${expected} shown)
 if(NOT status EQUAL 0 OR shown STREQUAL "" OR NOT written STREQUAL shown)
-  message(FATAL_ERROR "status ${status}; the README shows:\n${shown}\nthe example wrote:\n${written}")
+  message(FATAL_ERROR "status ${status}; the page shows:\n${shown}\nthe program wrote:\n${written}")
 endif()
