@@ -1,0 +1,193 @@
+// SPDX-License-Identifier: MIT
+//
+// import: everything in one transaction, a batch of records at a time.
+
+#include <vorn/transaction.h>
+
+#include <cstdio>
+#include <fstream>
+#include <iostream>
+
+#include "commands.h"
+#include "error.h"
+#include "progress.h"
+#include "record_sink.h"
+#include "record_source.h"
+
+namespace cli
+{
+
+namespace
+{
+
+class Import
+{
+public:
+    Import(const Options& options, Store& store) : m_options(options), m_store(store)
+    {
+        if (options.strSkipBad.empty())
+            return;
+        m_bad.open(options.strSkipBad, std::ios::binary | std::ios::trunc);
+        if (!m_bad.is_open())
+            throw failure(vorn::Code::ReadOnly, "the file " + options.strSkipBad + " cannot be written");
+    }
+
+    void add(Json::Value& jRec)
+    {
+        if (m_options.blUpsert)
+            return save(jRec);
+        constexpr Json::ArrayIndex kBatch = 1000;
+        m_jBatch.append(std::move(jRec));
+        if (m_jBatch.size() == kBatch)
+            flush();
+    }
+
+    // Stores what waits.
+    void flush()
+    {
+        if (m_jBatch.empty())
+            return;
+        vorn::Table& table = m_store.table();
+        if (table.recCreateAll(m_jBatch) >= 0)
+        {
+            m_stored += m_jBatch.size();
+        }
+        else if (!skips(table.status()))
+        {
+            throw failedAt(m_stored + m_skipped + static_cast<unsigned long long>(table.status().index + 1));
+        }
+        else
+        {
+            for (Json::Value& jRec : m_jBatch)
+                if (table.recCreate(jRec) == 0)
+                    ++m_stored;
+                else if (skips(table.status()))
+                    skip(jRec, table.status());
+                else
+                    throw failedAt(0);
+        }
+        m_jBatch = Json::Value(Json::arrayValue);
+    }
+
+    // A text that is no record.
+    void refuse(const std::string& strText, const std::string& strProblem)
+    {
+        flush();
+        vorn::Status status;
+        status.code = vorn::Code::BadType;
+        status.text = strProblem;
+        if (!m_bad.is_open())
+            throw Error(kFailure, status);
+        skip(strText, status);
+    }
+
+    unsigned long long stored() const { return m_stored; }
+    unsigned long long skipped() const { return m_skipped; }
+
+    void finish()
+    {
+        flush();
+        m_bad.flush();
+        if (m_bad.is_open() && !m_bad.good())
+            throw failure(vorn::Code::Full, "writing " + m_options.strSkipBad + " failed");
+    }
+
+private:
+    // Whether the record itself is to blame, and bad records are passed over.
+    bool skips(const vorn::Status& status) const
+    {
+        switch (status.code)
+        {
+            case vorn::Code::BadRequest:
+            case vorn::Code::UnknownMember:
+            case vorn::Code::BadType:
+            case vorn::Code::OutOfRange:
+            case vorn::Code::Duplicate:
+            case vorn::Code::Constraint:
+                return m_bad.is_open();
+            default:
+                return false;
+        }
+    }
+
+    void save(Json::Value& jRec)
+    {
+        const Json::Value jGiven = m_bad.is_open() ? jRec : Json::Value();
+        vorn::Table& table = m_store.table();
+        if (table.recSave(jRec, false) == 0)
+            ++m_stored;
+        else if (skips(table.status()))
+            skip(jGiven, table.status());
+        else
+            throw failedAt(m_stored + m_skipped + 1);
+    }
+
+    void skip(const Json::Value& jRec, const vorn::Status& status)
+    {
+        Json::Value jBad;
+        jBad["code"] = vorn::codeName(status.code);
+        jBad["member"] = status.member;
+        jBad["reason"] = status.text;
+        jBad["record"] = jRec;
+        m_bad << compact(jBad) << '\n';
+        ++m_skipped;
+    }
+
+    // What the table said, with the record's number, from 1, where that is known. Nothing of a record is bad usage.
+    Error failedAt(unsigned long long record) const
+    {
+        vorn::Status status = m_store.table().status();
+        if (record > 0)
+            status.text = "record " + std::to_string(record) + ": " + status.text;
+        return {kFailure, status};
+    }
+
+    const Options& m_options;
+    Store& m_store;
+    std::ofstream m_bad;
+    Json::Value m_jBatch{Json::arrayValue};
+    unsigned long long m_stored = 0;
+    unsigned long long m_skipped = 0;
+};
+
+}  // namespace
+
+int importRecords(const Options& options)
+{
+    Store store(options, Access::Create);
+    require(store.table(), store.table().status().code == vorn::Code::Ok);
+    Input input(options.strFile);
+    const auto source = openSource(input, options.strFormat, store.members());
+
+    constexpr double kMilliseconds = 1000.0;
+    vorn::Transaction transaction(store.connection(), static_cast<int>(options.dWaitSeconds * kMilliseconds));
+    if (!transaction.isOpen())
+        throw failed(transaction.status());
+    Import import(options, store);
+    Progress progress("importing");
+    Json::Value jRec;
+    std::string strText;
+    std::string strProblem;
+    while (!isInterrupted() && source->next(jRec, strText, strProblem))
+    {
+        if (strProblem.empty())
+            import.add(jRec);
+        else
+            import.refuse(strText, strProblem);
+        progress.show(input.done(), input.size(), import.stored());
+    }
+    progress.clear();
+    if (!isInterrupted())
+        import.finish();
+    if (isInterrupted())
+        throw failure(vorn::Code::Interrupted, "interrupted: everything was rolled back, nothing is stored");
+    if (!options.blDryRun && transaction.commit() != 0)
+        throw failed(transaction.status());
+
+    std::printf("%llu\n", import.stored());
+    if (import.skipped() > 0)
+        std::cerr << import.skipped() << " bad records are in " << options.strSkipBad << '\n';
+    return import.stored() > 0 ? kDone : kNothingFound;
+}
+
+}  // namespace cli

@@ -1,0 +1,65 @@
+// SPDX-License-Identifier: MIT
+
+#include <sys/stat.h>
+
+#include "error.h"
+#include "record_source.h"
+#include "store.h"
+
+namespace cli
+{
+
+Input::Input(const std::string& strFile)
+    : m_strName(strFile), m_pFile(strFile == "-" ? stdin : std::fopen(strFile.c_str(), "rb"))
+{
+    struct stat about = {};
+    if (m_pFile == nullptr || fstat(fileno(m_pFile), &about) != 0 || S_ISDIR(about.st_mode))
+    {
+        if (m_pFile != nullptr && m_pFile != stdin)
+            std::fclose(m_pFile);
+        throw failure(vorn::Code::Missing, "the file " + strFile + " cannot be read");
+    }
+    if (S_ISREG(about.st_mode))
+        m_size = static_cast<std::uint64_t>(about.st_size);
+}
+
+Input::~Input()
+{
+    if (m_pFile != stdin)
+        std::fclose(m_pFile);
+}
+
+int Input::refill()
+{
+    std::size_t size = 0;
+    if (block(size) == nullptr)
+        return EOF;
+    m_place = 1;
+    return static_cast<unsigned char>(m_buffer[0]);
+}
+
+const char* Input::block(std::size_t& size)
+{
+    if (m_place == m_filled)
+    {
+        m_filled = std::fread(m_buffer, 1, sizeof m_buffer, m_pFile);
+        m_total += m_filled;
+        m_place = 0;
+        if (std::ferror(m_pFile) != 0 && !isInterrupted())
+            throw failure(vorn::Code::Sqlite, "reading " + m_strName + " failed");
+    }
+    const char* const szBlock = m_buffer + m_place;
+    size = m_filled - m_place;
+    m_place = m_filled;
+    return size > 0 ? szBlock : nullptr;
+}
+
+int Input::peek()
+{
+    const int byte = get();
+    if (byte != EOF)
+        --m_place;
+    return byte;
+}
+
+}  // namespace cli

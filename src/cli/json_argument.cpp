@@ -1,0 +1,198 @@
+// SPDX-License-Identifier: MIT
+
+#include "json_argument.h"
+
+#include <algorithm>
+#include <array>
+#include <memory>
+
+#include "error.h"
+#include "store.h"
+
+namespace cli
+{
+
+namespace
+{
+
+bool readJson(const std::string& strText, Json::Value& jValue, std::string* pstrError)
+{
+    static const std::unique_ptr<Json::CharReader> reader = []
+    {
+        Json::CharReaderBuilder builder;
+        Json::CharReaderBuilder::strictMode(&builder.settings_);
+        builder["strictRoot"] = false;
+        return std::unique_ptr<Json::CharReader>(builder.newCharReader());
+    }();
+    try
+    {
+        return reader->parse(strText.data(), strText.data() + strText.size(), &jValue, pstrError);
+    }
+    catch (const Json::Exception& error)  // nested too deeply
+    {
+        if (pstrError != nullptr)
+            *pstrError = error.what();
+        return false;
+    }
+}
+
+constexpr std::array<const char*, 14> kOperators{"eq",  "ne",     "gt",   "gte",  "lt",  "lte",  "in",
+                                                 "nin", "exists", "like", "glob", "all", "size", "beginsWith"};
+
+bool isOperator(const std::string& strName)
+{
+    return std::find(kOperators.begin(), kOperators.end(), strName) != kOperators.end();
+}
+
+// The declared member that a path begins with: the longest one, as in filters.
+const Json::Value* memberOf(const Json::Value& jMembers, const std::string& strPath)
+{
+    for (std::size_t length = strPath.size(); length != std::string::npos && length > 0;
+         length = strPath.rfind('.', length - 1))
+    {
+        const Json::Value* const pMember = jMembers.find(strPath.data(), strPath.data() + length);
+        if (pMember != nullptr)
+            return pMember;
+    }
+    return nullptr;
+}
+
+// The type that a value for this path is read as: inside a JSON member whatever it looks like.
+std::string typeOf(const Json::Value& jMembers, const std::string& strPath)
+{
+    const Json::Value* const pMember = memberOf(jMembers, strPath);
+    if (pMember == nullptr || !jMembers.isMember(strPath) || !pMember->isObject())
+        return "";
+    const Json::Value& jType = (*pMember)["cpptype"];
+    return jType.isString() ? jType.asString() : "";
+}
+
+Json::Value listValue(const std::string& strType, const std::string& strText)
+{
+    Json::Value jList(Json::arrayValue);
+    std::size_t start = 0;
+    while (start <= strText.size())
+    {
+        const std::size_t end = std::min(strText.find(',', start), strText.size());
+        jList.append(valueOf(strType, strText.substr(start, end - start)));
+        start = end + 1;
+    }
+    return jList;
+}
+
+Json::Value operandOf(const std::string& strOperator, const std::string& strType, const std::string& strText)
+{
+    if (strOperator == "in" || strOperator == "nin" || strOperator == "all")
+        return listValue(strOperator == "all" ? "" : strType, strText);
+    if (strOperator == "exists")
+        return valueOf("bool", strText);
+    if (strOperator == "size")
+        return valueOf("long long", strText);
+    if (strOperator == "like" || strOperator == "glob" || strOperator == "beginsWith")
+        return strText;
+    return valueOf(strType, strText);
+}
+
+// PATH=VALUE or PATH.OPERATOR=VALUE.
+Json::Value shortFilter(const Json::Value& jMembers, const std::string& strArgument)
+{
+    const std::size_t equals = strArgument.find('=');
+    if (equals == std::string::npos || equals == 0)
+        throw badUsage("'" + strArgument + "' is no filter: write member=value, member.gt=value or a JSON object");
+    std::string strPath = strArgument.substr(0, equals);
+    const std::string strText = strArgument.substr(equals + 1);
+
+    Json::Value jFilter;
+    const std::size_t dot = strPath.rfind('.');
+    if (!jMembers.isMember(strPath) && dot != std::string::npos && isOperator(strPath.substr(dot + 1)))
+    {
+        const std::string strOperator = strPath.substr(dot + 1);
+        strPath.resize(dot);
+        jFilter[strPath]["$" + strOperator] = operandOf(strOperator, typeOf(jMembers, strPath), strText);
+    }
+    else
+    {
+        const Json::Value jValue = valueOf(typeOf(jMembers, strPath), strText);
+        if (jValue.isNull())
+            jFilter[strPath] = jValue;
+        else
+            jFilter[strPath]["$eq"] = jValue;
+    }
+    return jFilter;
+}
+
+Json::Value objectArgument(const std::string& strArgument, const std::string& strWhat)
+{
+    Json::Value jObject = parseJson(strArgument == "-" ? readText("-") : strArgument, strWhat);
+    if (!jObject.isObject())
+        throw badUsage(strWhat + " is no JSON object");
+    return jObject;
+}
+
+bool isJson(const std::string& strArgument)
+{
+    return strArgument == "-" || (!strArgument.empty() && strArgument.front() == '{');
+}
+
+}  // namespace
+
+Json::Value parseJson(const std::string& strText, const std::string& strWhat)
+{
+    Json::Value jValue;
+    std::string strError;
+    if (readJson(strText, jValue, &strError))
+        return jValue;
+    std::replace(strError.begin(), strError.end(), '\n', ' ');
+    throw badUsage(strWhat + " is no JSON: " + strError);
+}
+
+Json::Value valueOf(const std::string& strType, const std::string& strText)
+{
+    Json::Value jValue;
+    if (strType == "string" || !readJson(strText, jValue, nullptr))
+        return strText;
+    return jValue;
+}
+
+Json::Value filterOf(const Json::Value& jMembers, const std::vector<std::string>& arguments)
+{
+    Json::Value jAll(Json::arrayValue);
+    for (const std::string& strArgument : arguments)
+        jAll.append(isJson(strArgument) ? objectArgument(strArgument, "the filter")
+                                        : shortFilter(jMembers, strArgument));
+    if (jAll.empty())
+        return Json::objectValue;
+    if (jAll.size() == 1)
+        return jAll[0];
+    Json::Value jFilter;
+    jFilter["$and"] = std::move(jAll);
+    return jFilter;
+}
+
+Json::Value recordOf(const Json::Value& jMembers, const std::vector<std::string>& arguments)
+{
+    Json::Value jRec(Json::objectValue);
+    for (const std::string& strArgument : arguments)
+    {
+        if (isJson(strArgument))
+        {
+            const Json::Value jObject = objectArgument(strArgument, "the record");
+            for (auto it = jObject.begin(); it != jObject.end(); ++it)
+                jRec[it.name()] = *it;
+            continue;
+        }
+        const std::size_t equals = strArgument.find('=');
+        if (equals == std::string::npos || equals == 0)
+            throw badUsage("'" + strArgument + "' gives no value: write member=value or a JSON object");
+        const std::string strName = strArgument.substr(0, equals);
+        jRec[strName] = valueOf(typeOf(jMembers, strName), strArgument.substr(equals + 1));
+    }
+    return jRec;
+}
+
+Json::Value listOf(const std::string& strText)
+{
+    return listValue("string", strText);
+}
+
+}  // namespace cli
