@@ -3,7 +3,7 @@
 # lets each fuzzer look for faults: [seconds, 60] [target...], or shows what their inputs reach: coverage [target...]
 . "$(dirname "$0")/common.sh"
 
-every_target=(json_text format rows conditions save)
+every_target=(json_text format rows conditions save table_requests)
 inputs=build/fuzz-inputs # what earlier runs found worth keeping
 finds=build/fuzz-finds   # what made a fuzzer fail
 

@@ -61,14 +61,19 @@ std::string SafeDatabase::dump(const std::string& strTable)
     return strOut;
 }
 
-// What reaches beyond the connection, and what tells the time.
-int SafeDatabase::refuse(void*, int iAction, const char*, const char* szFunction, const char*, const char*)
+// What reaches beyond the connection, and what tells the time; what tells of the tables does neither.
+int SafeDatabase::refuse(void*, int iAction, const char* szPragma, const char* szFunction, const char*, const char*)
 {
     switch (iAction)
     {
+        case SQLITE_PRAGMA:
+            for (const char* szName :
+                 {"table_info", "table_xinfo", "table_list", "index_list", "index_info", "index_xinfo"})
+                if (sqlite3_stricmp(szPragma, szName) == 0)
+                    return SQLITE_OK;
+            return SQLITE_DENY;
         case SQLITE_ATTACH:
         case SQLITE_DETACH:
-        case SQLITE_PRAGMA:
         case SQLITE_CREATE_VTABLE:
             return SQLITE_DENY;
         case SQLITE_FUNCTION:
