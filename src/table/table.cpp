@@ -81,7 +81,7 @@ bool fillDefaults(const Definition& definition, Json::Value& jRec, bool blRequir
         if (blRequireAll)
             return fail(status, Code::Constraint, member.name, shown(member.name) + " is absent.");
         if (member.blHasDefault)
-            jRec[szName].copyPayload(member.jDefault);
+            jRec[szName] = member.jDefault;
     }
     return true;
 }
