@@ -6,11 +6,11 @@
 
 #include <iterator>
 #include <limits>
-#include <random>
 #include <set>
 
 #include "json_value.h"
 #include "model.h"
+#include "random.h"
 
 namespace model
 {
@@ -49,29 +49,14 @@ const std::string fragments[] = {"a",  "b",    "Bob", "'",    "''",
 
 const char* const conditions[] = {"1", "rowid > 1", "rowid = 2 or rowid = 3", "1 = 0", "nothing = 1", ""};
 
-class Random
-{
-public:
-    Random(std::uint64_t seed, std::uint64_t index) : m_engine(seed ^ (index * 0x9E3779B97F4A7C15ull)) {}
-
-    std::size_t below(std::size_t end) { return static_cast<std::size_t>(m_engine() % end); }
-    bool oneIn(std::size_t n) { return below(n) == 0; }
-    template <class Pool>
-    const auto& from(const Pool& pool)
-    {
-        return pool[below(std::size(pool))];
-    }
-
-private:
-    std::mt19937_64 m_engine;
-};
+using support::Random;
 
 std::string randomText(Random& random)
 {
     std::string text;
     for (std::size_t count = random.below(4); count > 0; count--)
     {
-        const std::string& fragment = random.from(fragments);
+        const std::string& fragment = random.of(fragments);
         // A '%' ends most texts of a value list early; most cases shall see whole ones.
         if (fragment[0] == '%' && !random.oneIn(3))
         {
@@ -100,7 +85,7 @@ Json::Value randomInteger(Random& random)
                                  Json::Value(std::numeric_limits<Json::Int>::min()),
                                  Json::Value(std::numeric_limits<Json::UInt>::max()),
                                  Json::Value(Json::Int(-7))};
-    return random.oneIn(12) ? random.from(large) : Json::Value(static_cast<Json::Int>(random.below(4)));
+    return random.oneIn(12) ? random.of(large) : Json::Value(static_cast<Json::Int>(random.below(4)));
 }
 
 Json::Value randomValue(Random& random, int depth);
@@ -137,7 +122,7 @@ Json::Value randomValue(Random& random, int depth)
         case 2:
             return randomInteger(random);
         case 3:
-            return Json::Value(random.from(reals));
+            return Json::Value(random.of(reals));
         case 4:
             return Json::Value(randomText(random));
         case 5:
@@ -186,7 +171,7 @@ Json::Value randomMembers(Random& random)
     const std::size_t count = 1 + random.below(6);
     while (members.size() < count)
     {
-        Json::Value& member = members[random.from(memberNames)];
+        Json::Value& member = members[random.of(memberNames)];
         if (member.isMember("cpptype"))
         {
             continue;
@@ -216,7 +201,7 @@ std::string randomColumns(Random& random, const Columns& columns)
         {
             continue;
         }
-        std::string column = name + random.from(affinities);
+        std::string column = name + random.of(affinities);
         const std::size_t constraint = random.below(4 * std::size(constraints));
         if (constraint < std::size(constraints) && !(constraint == 1 && hasKey))
         {
@@ -281,7 +266,7 @@ Json::Value randomParam(Random& random, const Columns& columns)
     }
     if (random.oneIn(5))
     {
-        param["vornSqlWhereFilter"] = random.oneIn(12) ? randomValue(random, 1) : Json::Value(random.from(conditions));
+        param["vornSqlWhereFilter"] = random.oneIn(12) ? randomValue(random, 1) : Json::Value(random.of(conditions));
     }
     if (random.oneIn(4))
     {
@@ -344,7 +329,7 @@ Step randomStep(Random& random, Call call, const Columns& columns)
     Step step;
     step.call = call;
     const char* const prefixes[] = {"", "x", "INSERT INTO t (a) VALUES ("};
-    step.text = random.from(prefixes);
+    step.text = random.of(prefixes);
     step.flag = random.oneIn(2);
     step.name = call == Call::DeleteByArray || call == Call::DeleteByName ? randomStringName(random, columns)
                                                                           : randomName(random, columns);
@@ -390,7 +375,7 @@ Step randomStep(Random& random, Call call, const Columns& columns)
             break;
         case Call::UpdateByWhere:
             step.first = randomRecord(random, columns, 2);
-            step.text = random.from(conditions);
+            step.text = random.of(conditions);
             break;
         case Call::DeleteByArray:
             for (std::size_t count = random.below(3); count > 0; count--)
@@ -420,7 +405,7 @@ Step randomStep(Random& random, Call call, const Columns& columns)
 
 Case randomCase(std::uint64_t seed, std::uint64_t index)
 {
-    Random random(seed, index);
+    Random random(seed ^ (index * 0x9E3779B97F4A7C15ull));
     Case out;
     out.table = "m" + std::to_string(index) + "_" + std::to_string(seed);
     out.definition[out.table]["member"] = randomMembers(random);
@@ -446,8 +431,8 @@ Case randomCase(std::uint64_t seed, std::uint64_t index)
     out.steps.push_back(query);
     for (int i = 0; i < 2; i++)
     {
-        out.steps.push_back(randomStep(random, random.from(reads), columns));
-        out.steps.push_back(randomStep(random, random.from(changes), columns));
+        out.steps.push_back(randomStep(random, random.of(reads), columns));
+        out.steps.push_back(randomStep(random, random.of(changes), columns));
     }
     return out;
 }

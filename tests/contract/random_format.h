@@ -5,13 +5,11 @@
 #ifndef VORNJSONDB_TESTS_RANDOM_FORMAT_H
 #define VORNJSONDB_TESTS_RANDOM_FORMAT_H
 
-#include <cstdio>
-#include <cstdlib>
-#include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "random.h"
 #include "store.h"
 
 namespace support
@@ -25,21 +23,9 @@ struct Kind
     std::vector<const char*> fitting;  // conversions of this kind and size
 };
 
-class Random
+class RandomFormat : public Random
 {
 public:
-    Random() { std::printf("VORN_TEST_SEED=%u\n", m_seed); }
-
-    unsigned seed() const { return m_seed; }
-    size_t below(size_t limit) { return m_engine() % limit; }
-    bool chance(size_t percent) { return below(100) < percent; }
-
-    template <class List>
-    const auto& of(const List& list)
-    {
-        return *(std::begin(list) + static_cast<std::ptrdiff_t>(below(std::size(list))));
-    }
-
     // Flags, width and precision of a conversion.
     std::string modifiers()
     {
@@ -98,16 +84,6 @@ public:
         // An unfinished conversion, which the following text completes.
         return chance(10) ? result + "%" + modifiers() + (chance(20) ? "l" : "") : result;
     }
-
-private:
-    static unsigned chosenSeed()
-    {
-        const char* const given = std::getenv("VORN_TEST_SEED");
-        return given != nullptr ? static_cast<unsigned>(std::strtoul(given, nullptr, 10)) : std::random_device()();
-    }
-
-    unsigned m_seed = chosenSeed();
-    std::mt19937 m_engine{m_seed};
 };
 
 // A definition with the members a, b, c, ... of these types.

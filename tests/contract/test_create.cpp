@@ -6,6 +6,7 @@
 
 #include <limits>
 
+#include "failures.h"
 #include "log_capture.h"
 #include "store.h"
 
@@ -37,20 +38,19 @@ Json::Value created(Store& store, const Json::Value& record)
     return stored;
 }
 
+// What recCreate() adds to the lines of a save that fails.
+ExpectedLines notCreated(const ExpectedLines& saveLines, const std::string& record)
+{
+    return linesOf(saveLines, failed("0 > recSave(jParam, true)"), trace("call create rec, rec=" + record));
+}
+
 ExpectedLines duplicateLines(Store& store, const std::string& columnsAndValues, const std::string& record)
 {
-    const std::string text = "UNIQUE constraint failed: " + store.name() + ".id";
-    const std::string sql = "INSERT INTO " + store.name() + " " + columnsAndValues + " ;select * from " + store.name() +
-                            " where rowid == last_insert_rowid();";
-    return {trace("i=0,errno=<number>, run sql failed, error=" + text + ", sql=" + sql),
-            debug("run sql fail, err=" + text),
-            failed("0 > runSqlEx(strSql, DbCallBackFillList, &jArrayTmp)"),
-            trace("blCreate=1, jRecInOut=" + record),
-            trace(R"(jType={"done":{"cppDefaultValue":false,"cpptype":"bool"},"id":{"cpptype":"int"},)"
-                  R"("name":{"cppDefaultValue":"unnamed","cpptype":"string"}})"),
-            trace("sql error, err=" + text + ", sql=" + sql),
-            failed("0 > recSave(jParam, true)"),
-            trace("call create rec, rec=" + record)};
+    return notCreated(saveRefused(saveSql("INSERT", store.name(), columnsAndValues + " "),
+                                  "UNIQUE constraint failed: " + store.name() + ".id", true, record,
+                                  R"({"done":{"cppDefaultValue":false,"cpptype":"bool"},"id":{"cpptype":"int"},)"
+                                  R"("name":{"cppDefaultValue":"unnamed","cpptype":"string"}})"),
+                      record);
 }
 
 }  // namespace
@@ -248,12 +248,13 @@ LOGGED_TEST(Create, UserIdsAndTimesPassTheCheckButCannotBeWritten)
     {
         Store store(R"({"a": {"cpptype": ")" + type + R"("}, "b": {"cpptype": "int"}})");
         Json::Value stored;
-        EXPECT_EQ(-1, create(store, json(R"({"a": 1, "b": 2})"), stored,
-                             {error("cannot support this type=" + type),
-                              failed("0 > SqlExpandMemberSymbol(strSql, jRecInOut)"),
-                              trace(R"(blCreate=1, jRecInOut={"a":1,"b":2})"),
-                              trace(R"(jType={"a":{"cpptype":")" + type + R"("},"b":{"cpptype":"int"}})"),
-                              failed("0 > recSave(jParam, true)"), trace(R"(call create rec, rec={"a":1,"b":2})")}));
+        EXPECT_EQ(
+            -1, create(store, json(R"({"a": 1, "b": 2})"), stored,
+                       notCreated(
+                           linesOf(error("cannot support this type=" + type),
+                                   saveFailed("0 > SqlExpandMemberSymbol(strSql, jRecInOut)", true, R"({"a":1,"b":2})",
+                                              R"({"a":{"cpptype":")" + type + R"("},"b":{"cpptype":"int"}})")),
+                           R"({"a":1,"b":2})")));
         EXPECT_TRUE(store.rows().empty());
     }
 }
@@ -261,18 +262,12 @@ LOGGED_TEST(Create, UserIdsAndTimesPassTheCheckButCannotBeWritten)
 LOGGED_TEST(Create, WithoutTheDefinitionsLastMemberSqliteRejectsTheText)
 {
     Store store(R"({"a": {"cpptype": "int"}, "b": {"cpptype": "int"}})");
-    const std::string sql = "INSERT INTO " + store.name() + " (a,) VALUES (1,;select * from " + store.name() +
-                            " where rowid == last_insert_rowid();";
-    const std::string text = "near \")\": syntax error";
     Json::Value stored;
-    EXPECT_EQ(
-        -1, create(store, json(R"({"a": 1})"), stored,
-                   {trace("i=0,errno=<number>, run sql failed, error=" + text + ", sql=" + sql),
-                    debug("run sql fail, err=" + text), failed("0 > runSqlEx(strSql, DbCallBackFillList, &jArrayTmp)"),
-                    trace(R"(blCreate=1, jRecInOut={"a":1})"),
-                    trace(R"(jType={"a":{"cpptype":"int"},"b":{"cpptype":"int"}})"),
-                    trace("sql error, err=" + text + ", sql=" + sql), failed("0 > recSave(jParam, true)"),
-                    trace(R"(call create rec, rec={"a":1})")}));
+    EXPECT_EQ(-1, create(store, json(R"({"a": 1})"), stored,
+                         notCreated(
+                             saveRefused(saveSql("INSERT", store.name(), "(a,) VALUES (1,"), "near \")\": syntax error",
+                                         true, R"({"a":1})", R"({"a":{"cpptype":"int"},"b":{"cpptype":"int"}})"),
+                             R"({"a":1})")));
     EXPECT_TRUE(store.rows().empty());
     EXPECT_EQ("", store->getErrMsg());
 

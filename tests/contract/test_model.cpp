@@ -7,23 +7,17 @@
 
 #include <cstdlib>
 #include <iostream>
-#include <random>
 
 #include "log_capture.h"
 #include "model_case.h"
 #include "model_comparison.h"
+#include "random.h"
 
 using model::Comparison;
 using support::LogCapture;
 
 namespace
 {
-
-std::uint64_t seedOfThisRun()
-{
-    const char* const given = std::getenv("VORN_TEST_SEED");
-    return given ? std::strtoull(given, nullptr, 10) : std::random_device()();
-}
 
 std::uint64_t casesOfThisRun()
 {
@@ -95,9 +89,9 @@ std::string differenceIn(const model::Case& example, Tally& tally)
 
 TEST(Model, LibraryAgreesOnRandomCases)
 {
-    const std::uint64_t seed = seedOfThisRun();
+    const std::uint64_t seed = support::Random().seed();
     const std::uint64_t caseCount = casesOfThisRun();
-    std::cout << "VORN_TEST_SEED=" << seed << " VORN_TEST_CASES=" << caseCount << std::endl;
+    std::cout << "VORN_TEST_CASES=" << caseCount << std::endl;
     ASSERT_GT(caseCount, 0u);
     RecordProperty("seed", std::to_string(seed));
 

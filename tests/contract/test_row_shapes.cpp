@@ -106,26 +106,6 @@ TEST_F(RowShapes, MemberWhoseNameHoldsANulIsNoColumn)
     EXPECT_LOGS(-1, api.runSqlEx(sql, VornJsonDbApi::DbCallBackFillList, &out), lines);
 }
 
-TEST_F(RowShapes, ColumnWithoutANameFails)
-{
-    ASSERT_EQ(1, query("select 1 as a").size());
-    char a[] = "a";
-    char b[] = "b";
-    char seven[] = "7";
-    char* values[] = {seven, seven, seven};
-    forEachLogMode(
-        [&]
-        {
-            char* firstIsNull[] = {nullptr, a, b};
-            Json::Value record;
-            EXPECT_LOGS(-1, VornJsonDbApi::DbCallBackFillRec(&record, 3, values, firstIsNull),
-                        failed("NULL == column_name[i]"));
-            char* lastIsNull[] = {a, b, nullptr};
-            EXPECT_LOGS(-1, VornJsonDbApi::DbCallBackFillRec(&record, 3, values, lastIsNull),
-                        failed("NULL == column_name[i]"), trace("column_name[2]=(null)"), trace("column_value[2]=7"));
-        });
-}
-
 TEST_F(RowShapes, RecordOfTheCallerKeepsItsOtherMembers)
 {
     ASSERT_EQ(1, query("select 1 as a").size());

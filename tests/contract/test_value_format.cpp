@@ -71,7 +71,7 @@ protected:
         EXPECT_LT(rounds / 4 * 3, compared);
     }
 
-    Random m_random;
+    RandomFormat m_random;
 };
 
 }  // namespace
