@@ -31,17 +31,11 @@ public:
     {
         std::string result;
         while (chance(30))
-        {
             result += "-+ #!0,"[below(7)];
-        }
         if (chance(30))
-        {
             result += std::to_string(1 + below(40));
-        }
         if (chance(30))
-        {
             result += "." + (chance(80) ? std::to_string(below(40)) : "");
-        }
         return result;
     }
 
@@ -92,9 +86,7 @@ inline std::string memberList(std::initializer_list<const char*> types)
     Json::Value members;
     char name = 'a';
     for (const char* const type : types)
-    {
         members[std::string(1, name++)]["cpptype"] = type;
-    }
     return members.toStyledString();
 }
 
@@ -103,9 +95,7 @@ inline std::string valueList(Store& store, const std::string& prefix, Json::Valu
 {
     std::string result = prefix;
     if (store->SqlExpandMemberSymbol(result, record) != 0)
-    {
         throw std::runtime_error("refused");
-    }
     return result;
 }
 
@@ -115,9 +105,7 @@ inline Json::Value recordOf(std::initializer_list<Json::Value> values)
     Json::Value record;
     char name = 'a';
     for (const Json::Value& value : values)
-    {
         record[std::string(1, name++)] = value;
-    }
     return record;
 }
 

@@ -157,12 +157,8 @@ TEST_F(ConditionList, NothingToWriteGivesOneAndAppendsNothing)
         R"({"undeclared": {"a": []}, "other": [[1]]})",
     };
     for (const char* const param : params)
-    {
         for (const int joiner : {joinOr, joinAnd, comma})
-        {
             EXPECT_SILENT(1, write(param, joiner)) << param;
-        }
-    }
     EXPECT_EQ("before", out);
 }
 

@@ -324,9 +324,7 @@ TEST(Create, IntegersOfEverySizeAreStoredWhole)
     Store store(R"({"b": {"cpptype": "bool"}, "i": {"cpptype": "int"}, "l": {"cpptype": "long long"}})");
     for (const char* const text : {R"({"b": true, "i": 2147483647, "l": 9223372036854775807})",
                                    R"({"b": false, "i": -2147483648, "l": -9223372036854775808})"})
-    {
         EXPECT_EQ(json(text), created(store, json(text)));
-    }
     // A real number without fraction passes the check and comes back as an integer.
     EXPECT_EQ(json(R"({"b": true, "i": 3, "l": -4})"), created(store, json(R"({"b": true, "i": 3.0, "l": -4.0})")));
     // Beyond 32 bits an "int" is stored whole but read back by strtol().

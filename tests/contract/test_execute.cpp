@@ -30,12 +30,8 @@ std::string sqlErrorText(Store& store)
     capture.stop();
     const std::string start = "sql error, err=";
     for (const LogLine& line : capture.lines())
-    {
         if (line.message.rfind(start, 0) == 0)
-        {
             return line.message.substr(start.size(), line.message.find(", sql=") - start.size());
-        }
-    }
     return "";
 }
 
@@ -107,9 +103,7 @@ TEST(Execute, TheCallbackGetsContextNamesAndTexts)
     {
         std::string& text = *static_cast<std::string*>(context);
         for (int i = 0; i < count; ++i)
-        {
             text += std::string(names[i]) + "=" + (values[i] != nullptr ? values[i] : "NULL") + ";";
-        }
         return 0;
     };
     EXPECT_SILENT(0, store->runSqlEx("SELECT 1 AS a, NULL AS b, 'x' AS c", write, &seen));
@@ -185,7 +179,8 @@ LOGGED_TEST(Execute, AnEmptyTextFailsWithoutCallingSqlite)
 TEST(Execute, AnEmptyTextReplacesTheTextOfAnEarlierFailure)
 {
     Store store(members);
-    logged(refusedBySqlite("near \"nonsense\": syntax error", "nonsense"), [&] { store->runSqlEx("nonsense"); });
+    logged(
+        refusedBySqlite("near \"nonsense\": syntax error", "nonsense"), [&] { store->runSqlEx("nonsense"); });
     logged({failed("0 >= strSql.length()"), trace("<any>")}, [&] { store->runSqlEx(""); });
     EXPECT_EQ("Unknow Error!!", sqlErrorText(store));
 }

@@ -51,9 +51,7 @@ protected:
         const Database database(m_file.path());
         if (database.run("pragma cache_size = 5; pragma wal_autocheckpoint = 10; pragma journal_mode = " +
                          GetParam()) != SQLITE_OK)
-        {
             return 1;
-        }
         VornJsonDbApi api(database.handle(), m_name, m_definition, m_create);
         afterOpening();
         for (int id = firstId; id < firstId + count; ++id)
@@ -63,9 +61,7 @@ protected:
             in["text"] = textOf(id);
             Json::Value out;
             if (api.recCreate(in, out) != 0 || !ChildProcess::send(report, id))
-            {
                 return 1;
-            }
         }
         return 0;
     }
@@ -82,9 +78,7 @@ protected:
         EXPECT_EQ(std::vector<std::string>{"ok"}, database.rows("pragma integrity_check"));
         std::map<int, std::string> found;
         for (const std::string& row : database.rows("select id, text from records"))
-        {
             EXPECT_TRUE(found.emplace(std::stoi(row), row.substr(row.find('|') + 1)).second) << "twice: " << row;
-        }
         if (found.size() == m_records.size() + 1)
         {
             ++m_unacknowledged;
@@ -143,9 +137,7 @@ TEST_P(KilledWriters, AtAnyMomentLoseNoAcknowledgedRecord)
         std::this_thread::sleep_for(std::chrono::microseconds(random.below(last == 0 ? 10000 : 1500)));
         writer.kill();
         while (writer.receive(last))
-        {
             ++acknowledged;
-        }
         EXPECT_EQ(-SIGKILL, writer.wait());
         expectNothingLost(last);
     }

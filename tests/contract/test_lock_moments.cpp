@@ -42,9 +42,7 @@ public:
         {
             const auto& self = *static_cast<BeforeStatement*>(pContext);
             if (std::string(static_cast<const char*>(pText)).compare(0, self.m_start.size(), self.m_start) == 0)
-            {
                 self.m_action();
-            }
             return 0;
         };
         sqlite3_trace_v2(m_pDb, SQLITE_TRACE_STMT, check, this);
@@ -82,15 +80,16 @@ public:
     // recCreate() with the lock, and without a line where it succeeds.
     int create(LetGo letGo, Json::Value in, Json::Value& out)
     {
-        return during(letGo,
-                      [&](Store& store)
-                      {
-                          LogCapture capture;
-                          const int status = store->recCreate(in, out);
-                          capture.stop();
-                          EXPECT_TRUE(status != 0 || capture.lines().empty());
-                          return status;
-                      });
+        return during(
+            letGo,
+            [&](Store& store)
+            {
+                LogCapture capture;
+                const int status = store->recCreate(in, out);
+                capture.stop();
+                EXPECT_TRUE(status != 0 || capture.lines().empty());
+                return status;
+            });
     }
 
     template <class Call>
@@ -98,15 +97,16 @@ public:
     {
         bool held = false;
         int times = 0;
-        const BeforeStatement lock(m_store->db(), "select * from",
-                                   [&]
-                                   {
-                                       if (times++ == 0)
-                                       {
-                                           EXPECT_EQ(SQLITE_OK, m_other.run(m_lockSql));
-                                           held = true;
-                                       }
-                                   });
+        const BeforeStatement lock(
+            m_store->db(), "select * from",
+            [&]
+            {
+                if (times++ == 0)
+                {
+                    EXPECT_EQ(SQLITE_OK, m_other.run(m_lockSql));
+                    held = true;
+                }
+            });
         const auto release = [&]
         {
             if (held)

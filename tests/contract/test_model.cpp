@@ -34,9 +34,7 @@ std::vector<std::string> refusedTexts(const LogCapture& capture)
         const std::string mark = " run sql failed, ";
         const std::size_t at = line.message.find(mark);
         if (at != std::string::npos && !line.located)
-        {
             out.push_back(line.message.substr(at + mark.size()));
-        }
     }
     return out;
 }
@@ -75,9 +73,7 @@ std::string differenceIn(const model::Case& example, Tally& tally)
         difference = comparison.differenceIn(example.steps[i]);
         tally.kinds[static_cast<std::size_t>(comparison.lastKind())]++;
         if (comparison.lastKind() == Comparison::Kind::Result && comparison.lastStatus() >= 0)
-        {
             tally.succeeded[static_cast<std::size_t>(example.steps[i].call)]++;
-        }
     }
     capture.stop();
     const std::vector<std::string> refused = refusedTexts(capture);
@@ -114,8 +110,6 @@ TEST(Model, LibraryAgreesOnRandomCases)
 
     // The cases are worth comparing: every call succeeds often, and few are left out.
     for (std::size_t call = 0; call < model::kCallCount && failures == 0; call++)
-    {
         EXPECT_GT(tally.succeeded[call], caseCount / 50) << model::kCallShapes[call].szName;
-    }
     EXPECT_LT(tally.of(Comparison::Kind::Unknown), compared / 20);
 }

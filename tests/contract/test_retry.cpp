@@ -30,9 +30,7 @@ ExpectedLines retryLines(int count, const std::string& errnoThen, const std::str
 {
     ExpectedLines lines;
     for (int i = 0; i < count; ++i)
-    {
         lines.push_back(debug(retryLine(i, errnoThen, errorText, sql)));
-    }
     return lines;
 }
 
@@ -155,7 +153,8 @@ TEST_P(LockedByOther, AfterFiveHundredAttemptsTheWriteFails)
 TEST_P(LockedByOther, ATableIsCreatedOnceTheLockIsReleased)
 {
     m_lock->take();
-    const SleepWatch watch(SleepWatch::Pause::Skipped, 2, [&] { m_lock->release(); });
+    const SleepWatch watch(
+        SleepWatch::Pause::Skipped, 2, [&] { m_lock->release(); });
     std::string created = logged({}, [&] { return Store(members, "", m_database).name(); });
     EXPECT_EQ(2U, watch.pauses().size());
     EXPECT_TRUE(m_database->rows("select * from " + created).empty());

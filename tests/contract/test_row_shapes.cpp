@@ -42,9 +42,7 @@ TEST_F(RowShapes, ColumnsMayComeInAnyOrder)
 {
     const Json::Value expected = json(R"([{"a": 7, "b": "bee", "c": {"x": [1]}}])");
     for (const char* const columns : {"a, b, c", "c, b, a", "b, c, a", "a, b, c", "*", "b, a, c", "b, a, c"})
-    {
         EXPECT_EQ(expected, query("select " + std::string(columns) + from)) << columns;
-    }
     // One text may hold several queries.
     EXPECT_EQ(json(R"([{"a": 7, "b": "bee", "c": 1}, {"a": 8, "b": "b", "c": 2}, {"b": "x"}])"),
               query("select 7 as a, 'bee' as b, '1' as c; select '2' as c, 'b' as b, 8 as a; select 'x' as b"));

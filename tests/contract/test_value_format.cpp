@@ -53,9 +53,7 @@ protected:
             draw(kind, prefix, record);
             std::unique_ptr<Store>& store = stores[kind.type];
             if (!store)
-            {
                 store = std::make_unique<Store>(memberList({"string", kind.type}));
-            }
             try
             {
                 const auto expected = model::valueList(prefix, {{"a", "string"}, {"b", kind.type}}, record);
@@ -78,13 +76,15 @@ protected:
 
 TEST_F(ValueFormat, TheCallersTextIsFormattedWithTheValueAsByThePlainCall)
 {
-    compare(80000, [&](const Kind& kind, std::string& prefix, Json::Value&) { prefix = m_random.definedFormat(kind); });
+    compare(
+        80000, [&](const Kind& kind, std::string& prefix, Json::Value&) { prefix = m_random.definedFormat(kind); });
 }
 
 TEST_F(ValueFormat, AnEarlierValueIsFormattedWithTheNextAsByThePlainCall)
 {
-    compare(80000,
-            [&](const Kind& kind, std::string&, Json::Value& record) { record["a"] = m_random.definedFormat(kind); });
+    compare(
+        80000,
+        [&](const Kind& kind, std::string&, Json::Value& record) { record["a"] = m_random.definedFormat(kind); });
 }
 
 // Any number of conversions of any kind: the first takes the value if its kind fits, all others find none.

@@ -195,8 +195,10 @@ LOGGED_TEST(ValueList, AnEmptyMemberListWritesNothing)
             EXPECT_EQ(0, status);
             EXPECT_EQ("100%% (", text);
         };
-        expectNothing(logged({}, [&] { return api.SqlExpandMemberName(text); }));
-        expectNothing(logged({}, [&] { return api.SqlExpandMemberName(text, &record); }));
+        expectNothing(logged(
+            {}, [&] { return api.SqlExpandMemberName(text); }));
+        expectNothing(logged(
+            {}, [&] { return api.SqlExpandMemberName(text, &record); }));
         expectNothing(logged({inUtil(failed("<any>")), inUtil(trace("strJsonName=" + name)),
                               inUtil(trace("jTableDef=<any>")), inUtil(trace("jType=<any>"))},
                              [&] { return api.SqlExpandMemberSymbol(text, record); }));
@@ -330,9 +332,7 @@ LOGGED_TEST(ValueList, AMemberWithoutKnownTypeIsRefusedWhateverTheRecordHolds)
     store.types();
     ignored.stop();
     for (const char* const text : {"{}", R"({"alpha": 1})", R"({"gamma": 1})", R"({"beta": 1})"})
-    {
         expectRefused(store, json(text), {failed("!jType.isMember(strKey)")});
-    }
     // A value before it that cannot be converted is met first.
     expectThrows<Json::LogicError>(store, json(R"({"alpha": "x"})"));
 }
@@ -341,9 +341,7 @@ TEST(ValueList, ARecordOfAWrongKindThrowsAsTheJsonLibraryDoes)
 {
     Store store(people);
     for (const char* const text : {"[]", "5", "\"age\"", "true"})
-    {
         expectThrows<Json::LogicError>(store, json(text));
-    }
 }
 
 TEST(ValueList, AValueRefusedInTheMiddleLeavesTheTextAsItWas)
@@ -361,9 +359,7 @@ TEST(ValueList, LackOfMemoryThrowsAndLeavesTheTextAsItWas)
     const Json::Value record = json(R"({"age": 3, "zip": ")" + std::string(1000000, 'x') + "\"}");
     const sqlite3_int64 limitBefore = sqlite3_hard_heap_limit64(sqlite3_memory_used() + 100000);
     for (int round = 0; round < 2; ++round)
-    {
         expectThrows<std::logic_error>(store, record, "VALUES (");
-    }
     sqlite3_hard_heap_limit64(limitBefore);
     EXPECT_EQ("(3,'" + record["zip"].asString() + "') ", values(store, record));
 }

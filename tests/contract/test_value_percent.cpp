@@ -210,9 +210,7 @@ TEST(ValuePercent, RandomTextsNeverReachMemory)
     {
         std::string result;
         for (size_t count = random.below(12); count > 0; --count)
-        {
             result += random.of(pieces);
-        }
         return result;
     };
     for (int round = 0; round < 5000; ++round)

@@ -24,9 +24,7 @@ class JsonMemory : public testing::TestWithParam<faults::Allocator>
 TEST_P(JsonMemory, EveryAllocationOfTheReaderMayFail)
 {
     if (!faults::isReplaced(GetParam()))
-    {
         GTEST_SKIP() << "a sanitizer brings its own " << GetParam();
-    }
     Store store(R"({"j": {"cpptype": "Json::Value"}})");
     ASSERT_EQ(SQLITE_OK, store.db().run("insert into " + store.name() + R"( values ('{"a": "\u00e9", "b": [1e2]}'))"));
     Json::Value param;

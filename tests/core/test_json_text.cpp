@@ -56,9 +56,7 @@ public:
     {
         static const char characters[] = "{}[]\",:\\0eE.-+ u/nN\x01\xff";
         if (text.empty())
-        {
             return text;
-        }
         const size_t at = below(text.size());
         switch (below(3))
         {
@@ -100,16 +98,12 @@ public:
             case 7:
                 result = Json::Value(Json::arrayValue);
                 for (size_t count = below(5); count > 0; --count)
-                {
                     result.append(value(depth - 1));
-                }
                 return result;
             default:
                 result = Json::Value(Json::objectValue);
                 for (size_t count = below(5); count > 0; --count)
-                {
                     result[string()] = value(depth - 1);
-                }
                 return result;
         }
     }
@@ -129,9 +123,7 @@ private:
             "9223372036854775807|9223372036854775808");
         std::string result = below(3) == 0 ? "-" : "";
         for (size_t count = 1 + below(4); count > 0; --count)
-        {
             result += of(parts);
-        }
         return result;
     }
 
@@ -142,9 +134,7 @@ private:
                                             "/*", "{}",   " ",    "\\u0041"};
         std::string result;
         for (size_t count = below(5); count > 0; --count)
-        {
             result += of(parts);
-        }
         return result;
     }
 
@@ -157,9 +147,7 @@ private:
             "\\u0000"};
         std::string result = "\"";
         for (size_t count = below(4); count > 0; --count)
-        {
             result += of(parts);
-        }
         return result + "\"";
     }
 
@@ -169,9 +157,7 @@ private:
         std::string result(1, open);
         const size_t count = below(4);
         for (size_t i = 0; i < count; ++i)
-        {
             result += (i > 0 ? "," : "") + item();
-        }
         return result + (below(20) == 0 ? "," : "") + close;
     }
 };
@@ -194,9 +180,7 @@ TEST(JsonText, IsReadAsByJsonCpp)
     {
         std::string text = random.text(4);
         for (size_t slips = random.below(3); slips > 0; --slips)
-        {
             text = random.damaged(text);
-        }
         text.erase(std::min(text.find('\0'), text.size()));  // a column's text ends at its first NUL
         const Json::Value expected = readReference(text);
         refused += expected.isNull() ? 1 : 0;
@@ -236,9 +220,7 @@ TEST(JsonText, NestingIsReadToTheDepthThatJsonCppAllows)
             std::string arrays(depth, '[');
             std::string objects;
             for (size_t i = 0; i < depth; ++i)
-            {
                 objects += "{\"a\":";
-            }
             objects += "1";
             if (closed)
             {

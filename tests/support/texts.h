@@ -16,9 +16,7 @@ inline std::vector<std::string> textsOf(const std::string& joined)
     std::vector<std::string> result;
     std::istringstream stream(joined + "|");
     for (std::string text; std::getline(stream, text, '|');)
-    {
         result.push_back(text);
-    }
     return result;
 }
 
