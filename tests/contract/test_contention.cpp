@@ -123,8 +123,8 @@ protected:
 
     size_t count(Outcome outcome) const
     {
-        return static_cast<size_t>(std::count_if(
-            m_outcomes.begin(), m_outcomes.end(), [&](const auto& entry) { return entry.second == outcome; }));
+        return static_cast<size_t>(std::count_if(m_outcomes.begin(), m_outcomes.end(),
+                                                 [&](const auto& entry) { return entry.second == outcome; }));
     }
 
     // Rows beyond the first of each identity.

@@ -16,8 +16,7 @@ const char* const members = R"({"a": {"cpptype": "int", "cppDefaultValue": 5}, "
 
 int fill(Store& store, Json::Value& record, bool requireAll = false, const ExpectedLines& lines = {})
 {
-    return logged(
-        lines, [&] { return store->fillDefaultValue(record, requireAll); });
+    return logged(lines, [&] { return store->fillDefaultValue(record, requireAll); });
 }
 
 }  // namespace

@@ -179,8 +179,7 @@ LOGGED_TEST(Execute, AnEmptyTextFailsWithoutCallingSqlite)
 TEST(Execute, AnEmptyTextReplacesTheTextOfAnEarlierFailure)
 {
     Store store(members);
-    logged(
-        refusedBySqlite("near \"nonsense\": syntax error", "nonsense"), [&] { store->runSqlEx("nonsense"); });
+    logged(refusedBySqlite("near \"nonsense\": syntax error", "nonsense"), [&] { store->runSqlEx("nonsense"); });
     logged({failed("0 >= strSql.length()"), trace("<any>")}, [&] { store->runSqlEx(""); });
     EXPECT_EQ("Unknow Error!!", sqlErrorText(store));
 }

@@ -80,16 +80,15 @@ public:
     // recCreate() with the lock, and without a line where it succeeds.
     int create(LetGo letGo, Json::Value in, Json::Value& out)
     {
-        return during(
-            letGo,
-            [&](Store& store)
-            {
-                LogCapture capture;
-                const int status = store->recCreate(in, out);
-                capture.stop();
-                EXPECT_TRUE(status != 0 || capture.lines().empty());
-                return status;
-            });
+        return during(letGo,
+                      [&](Store& store)
+                      {
+                          LogCapture capture;
+                          const int status = store->recCreate(in, out);
+                          capture.stop();
+                          EXPECT_TRUE(status != 0 || capture.lines().empty());
+                          return status;
+                      });
     }
 
     template <class Call>
@@ -97,16 +96,15 @@ public:
     {
         bool held = false;
         int times = 0;
-        const BeforeStatement lock(
-            m_store->db(), "select * from",
-            [&]
-            {
-                if (times++ == 0)
-                {
-                    EXPECT_EQ(SQLITE_OK, m_other.run(m_lockSql));
-                    held = true;
-                }
-            });
+        const BeforeStatement lock(m_store->db(), "select * from",
+                                   [&]
+                                   {
+                                       if (times++ == 0)
+                                       {
+                                           EXPECT_EQ(SQLITE_OK, m_other.run(m_lockSql));
+                                           held = true;
+                                       }
+                                   });
         const auto release = [&]
         {
             if (held)

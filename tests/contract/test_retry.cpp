@@ -153,8 +153,7 @@ TEST_P(LockedByOther, AfterFiveHundredAttemptsTheWriteFails)
 TEST_P(LockedByOther, ATableIsCreatedOnceTheLockIsReleased)
 {
     m_lock->take();
-    const SleepWatch watch(
-        SleepWatch::Pause::Skipped, 2, [&] { m_lock->release(); });
+    const SleepWatch watch(SleepWatch::Pause::Skipped, 2, [&] { m_lock->release(); });
     std::string created = logged({}, [&] { return Store(members, "", m_database).name(); });
     EXPECT_EQ(2U, watch.pauses().size());
     EXPECT_TRUE(m_database->rows("select * from " + created).empty());

@@ -21,8 +21,7 @@ const char* const valuesFail = "0 > SqlExpandMemberSymbol(strSql, jRecInOut)";
 
 int save(Store& store, Json::Value& record, bool create, const ExpectedLines& lines = {})
 {
-    return logged(
-        lines, [&] { return store->recSave(record, create); });
+    return logged(lines, [&] { return store->recSave(record, create); });
 }
 
 }  // namespace

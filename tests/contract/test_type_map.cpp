@@ -193,8 +193,7 @@ TEST(TypeMap, AnEmptyTableNameIsRefused)
     Json::Value definition = definitionOf(name, json(R"({"a": {"cpptype": "int"}})"));
     const std::string text = compact(definition);
     EXPECT_TRUE(
-        logged(
-            lookupFailure("strJsonName.empty()", "", text), [&] { return &VORN_JSON_DB::recType(definition, name); })
+        logged(lookupFailure("strJsonName.empty()", "", text), [&] { return &VORN_JSON_DB::recType(definition, name); })
             ->isNull());
     EXPECT_TRUE(logged(lookupFailure(notAnObject, "", text), [&] { return &VORN_JSON_DB::recType(definition, name); })
                     ->isNull());
@@ -269,8 +268,7 @@ TEST(TypeMap, AMemberEntryOfAWrongKindThrowsAndLeavesTheMembersBeforeIt)
         Json::Value members = json(R"({"alpha": {"cpptype": "int"}, "gamma": {"cpptype": "int"}})");
         members["beta"] = json(entry);
         Json::Value definition = definitionOf(name, members);
-        logged(
-            {}, [&] { EXPECT_THROW(VORN_JSON_DB::recType(definition, name), Json::LogicError) << entry; });
+        logged({}, [&] { EXPECT_THROW(VORN_JSON_DB::recType(definition, name), Json::LogicError) << entry; });
         EXPECT_EQ(json(R"({"alpha": {"cpptype": "int"}})"),
                   *logged({}, [&] { return &VORN_JSON_DB::recType(definition, name); }));
     }

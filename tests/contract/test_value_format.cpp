@@ -76,15 +76,13 @@ protected:
 
 TEST_F(ValueFormat, TheCallersTextIsFormattedWithTheValueAsByThePlainCall)
 {
-    compare(
-        80000, [&](const Kind& kind, std::string& prefix, Json::Value&) { prefix = m_random.definedFormat(kind); });
+    compare(80000, [&](const Kind& kind, std::string& prefix, Json::Value&) { prefix = m_random.definedFormat(kind); });
 }
 
 TEST_F(ValueFormat, AnEarlierValueIsFormattedWithTheNextAsByThePlainCall)
 {
-    compare(
-        80000,
-        [&](const Kind& kind, std::string&, Json::Value& record) { record["a"] = m_random.definedFormat(kind); });
+    compare(80000,
+            [&](const Kind& kind, std::string&, Json::Value& record) { record["a"] = m_random.definedFormat(kind); });
 }
 
 // Any number of conversions of any kind: the first takes the value if its kind fits, all others find none.

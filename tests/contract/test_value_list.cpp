@@ -195,10 +195,8 @@ LOGGED_TEST(ValueList, AnEmptyMemberListWritesNothing)
             EXPECT_EQ(0, status);
             EXPECT_EQ("100%% (", text);
         };
-        expectNothing(logged(
-            {}, [&] { return api.SqlExpandMemberName(text); }));
-        expectNothing(logged(
-            {}, [&] { return api.SqlExpandMemberName(text, &record); }));
+        expectNothing(logged({}, [&] { return api.SqlExpandMemberName(text); }));
+        expectNothing(logged({}, [&] { return api.SqlExpandMemberName(text, &record); }));
         expectNothing(logged({inUtil(failed("<any>")), inUtil(trace("strJsonName=" + name)),
                               inUtil(trace("jTableDef=<any>")), inUtil(trace("jType=<any>"))},
                              [&] { return api.SqlExpandMemberSymbol(text, record); }));
