@@ -32,30 +32,25 @@ public:
             throw failure(vorn::Code::ReadOnly, "the file " + options.strSkipBad + " cannot be written");
     }
 
-    // Where the next record is to be read to. What an earlier one left there may be used again.
-    Json::Value& place() { return m_jBatch[m_waiting]; }
-
-    // The record at place() is complete; so many bytes were read for it.
-    void add(std::uint64_t bytes)
+    void add(Json::Value& jRec)
     {
-        constexpr Json::ArrayIndex kMostRecords = 200;  // few enough to stay in the processor's cache
-        constexpr std::uint64_t kMostBytes = 1024U * 1024U;
         if (m_options.blUpsert)
-            return save(place());
-        ++m_waiting;
-        m_waitingBytes += bytes;
-        if (m_waiting == kMostRecords || m_waitingBytes >= kMostBytes)
+            return save(jRec);
+        constexpr Json::ArrayIndex kBatch = 1000;
+        m_jBatch.append(std::move(jRec));
+        if (m_jBatch.size() == kBatch)
             flush();
     }
 
     // Stores what waits.
     void flush()
     {
-        m_jBatch.resize(m_waiting);
+        if (m_jBatch.empty())
+            return;
         vorn::Table& table = m_store.table();
         if (table.recCreateAll(m_jBatch) >= 0)
         {
-            m_stored += m_waiting;
+            m_stored += m_jBatch.size();
         }
         else if (!skips(table.status()))
         {
@@ -71,8 +66,7 @@ public:
                 else
                     throw failedAt(0);
         }
-        m_waiting = 0;
-        m_waitingBytes = 0;
+        m_jBatch = Json::Value(Json::arrayValue);
     }
 
     // A text that is no record.
@@ -126,7 +120,6 @@ private:
             skip(jGiven, table.status());
         else
             throw failedAt(m_stored + m_skipped + 1);
-        jRec = Json::Value();
     }
 
     void skip(const Json::Value& jRec, const vorn::Status& status)
@@ -152,9 +145,7 @@ private:
     const Options& m_options;
     Store& m_store;
     std::ofstream m_bad;
-    Json::Value m_jBatch{Json::arrayValue};  // its first m_waiting records wait to be stored
-    Json::ArrayIndex m_waiting = 0;
-    std::uint64_t m_waitingBytes = 0;
+    Json::Value m_jBatch{Json::arrayValue};
     unsigned long long m_stored = 0;
     unsigned long long m_skipped = 0;
 };
@@ -174,17 +165,16 @@ int importRecords(const Options& options)
         throw failed(transaction.status());
     Import import(options, store);
     Progress progress("importing");
+    Json::Value jRec;
     std::string strText;
     std::string strProblem;
-    std::uint64_t before = 0;
-    while (!isInterrupted() && source->next(import.place(), strText, strProblem))
+    while (!isInterrupted() && source->next(jRec, strText, strProblem))
     {
         if (strProblem.empty())
-            import.add(input.done() - before);
+            import.add(jRec);
         else
             import.refuse(strText, strProblem);
-        before = input.done();
-        progress.show(before, input.size(), import.stored());
+        progress.show(input.done(), input.size(), import.stored());
     }
     progress.clear();
     if (!isInterrupted())

@@ -19,8 +19,7 @@ bool Savepoint::begin(Status& status)
     Run run(m_store, noWaiting);
     if (run.start({StatementKind::Text, nullptr, "SAVEPOINT vorn"}, noValues, status))
     {
-        m_store.blOwnTransaction = m_blOwn;
-        m_store.blSavepoint = true;
+        m_store.blOwnTransaction = m_blOwn || m_store.blOwnTransaction;
         return m_blOpen = true;
     }
     if (status.code == Code::Locked)
@@ -36,23 +35,15 @@ bool Savepoint::keep(Status& status)
     Run run(m_store, m_waiter);
     if (!run.start({StatementKind::Text, nullptr, "RELEASE vorn"}, noValues, status))
         return false;
-    close();
-    return true;
-}
-
-void Savepoint::close() noexcept
-{
-    m_store.blOwnTransaction = false;
-    m_store.blSavepoint = false;
     m_blOpen = false;
+    return true;
 }
 
 void Savepoint::undo() noexcept
 {
-    if (!m_blOpen)
-        return;
-    close();
-    if (sqlite3_get_autocommit(m_store.pDb) != 0)  // SQLite may have ended the transaction itself
+    if (m_blOwn)
+        m_store.blOwnTransaction = false;
+    if (!m_blOpen || sqlite3_get_autocommit(m_store.pDb) != 0)  // SQLite may have ended the transaction itself
         return;
     sqlite3_exec(m_store.pDb, m_blOwn ? "ROLLBACK" : "ROLLBACK TO vorn; RELEASE vorn", nullptr, nullptr, nullptr);
 }

@@ -32,7 +32,6 @@ public:
 
 private:
     void undo() noexcept;
-    void close() noexcept;
 
     Store& m_store;
     Waiter& m_waiter;
