@@ -32,25 +32,30 @@ public:
             throw failure(vorn::Code::ReadOnly, "the file " + options.strSkipBad + " cannot be written");
     }
 
-    void add(Json::Value& jRec)
+    // Where the next record is to be read to. What an earlier one left there may be used again.
+    Json::Value& place() { return m_jBatch[m_waiting]; }
+
+    // The record at place() is complete; so many bytes were read for it.
+    void add(std::uint64_t bytes)
     {
+        constexpr Json::ArrayIndex kMostRecords = 200;  // few enough to stay in the processor's cache
+        constexpr std::uint64_t kMostBytes = 1024U * 1024U;
         if (m_options.blUpsert)
-            return save(jRec);
-        constexpr Json::ArrayIndex kBatch = 1000;
-        m_jBatch.append(std::move(jRec));
-        if (m_jBatch.size() == kBatch)
+            return save(place());
+        ++m_waiting;
+        m_waitingBytes += bytes;
+        if (m_waiting == kMostRecords || m_waitingBytes >= kMostBytes)
             flush();
     }
 
     // Stores what waits.
     void flush()
     {
-        if (m_jBatch.empty())
-            return;
+        m_jBatch.resize(m_waiting);
         vorn::Table& table = m_store.table();
         if (table.recCreateAll(m_jBatch) >= 0)
         {
-            m_stored += m_jBatch.size();
+            m_stored += m_waiting;
         }
         else if (!skips(table.status()))
         {
@@ -66,7 +71,8 @@ public:
                 else
                     throw failedAt(0);
         }
-        m_jBatch = Json::Value(Json::arrayValue);
+        m_waiting = 0;
+        m_waitingBytes = 0;
     }
 
     // A text that is no record.
@@ -120,6 +126,7 @@ private:
             skip(jGiven, table.status());
         else
             throw failedAt(m_stored + m_skipped + 1);
+        jRec = Json::Value();
     }
 
     void skip(const Json::Value& jRec, const vorn::Status& status)
@@ -145,7 +152,9 @@ private:
     const Options& m_options;
     Store& m_store;
     std::ofstream m_bad;
-    Json::Value m_jBatch{Json::arrayValue};
+    Json::Value m_jBatch{Json::arrayValue};  // its first m_waiting records wait to be stored
+    Json::ArrayIndex m_waiting = 0;
+    std::uint64_t m_waitingBytes = 0;
     unsigned long long m_stored = 0;
     unsigned long long m_skipped = 0;
 };
@@ -165,16 +174,17 @@ int importRecords(const Options& options)
         throw failed(transaction.status());
     Import import(options, store);
     Progress progress("importing");
-    Json::Value jRec;
     std::string strText;
     std::string strProblem;
-    while (!isInterrupted() && source->next(jRec, strText, strProblem))
+    std::uint64_t before = 0;
+    while (!isInterrupted() && source->next(import.place(), strText, strProblem))
     {
         if (strProblem.empty())
-            import.add(jRec);
+            import.add(input.done() - before);
         else
             import.refuse(strText, strProblem);
-        progress.show(input.done(), input.size(), import.stored());
+        before = input.done();
+        progress.show(before, input.size(), import.stored());
     }
     progress.clear();
     if (!isInterrupted())

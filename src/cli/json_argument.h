@@ -8,6 +8,7 @@
 #include <json/json.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 namespace cli
@@ -25,7 +26,7 @@ Json::Value recordOf(const Json::Value& jMembers, const std::vector<std::string>
 
 // A text as a value of the type: "3" is the number for "int", the text for "string". Texts that do not fit stay texts,
 // which the table then refuses by the member's name.
-Json::Value valueOf(const std::string& strType, const std::string& strText);
+Json::Value valueOf(std::string_view type, std::string_view text);
 
 // "a,-b" as ["a", "-b"].
 Json::Value listOf(const std::string& strText);

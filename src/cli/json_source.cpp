@@ -4,14 +4,13 @@
 
 #include "error.h"
 #include "json_argument.h"
+#include "utf8.h"
 
 namespace cli
 {
 
 namespace
 {
-
-constexpr std::size_t kLongestRecord = 64U * 1024U * 1024U;
 
 void append(std::string& strText, int byte, const std::string& strWhere)
 {
@@ -23,6 +22,11 @@ void append(std::string& strText, int byte, const std::string& strWhere)
 // Reads the text as a record, or says why it is none.
 void readRecord(const std::string& strText, const std::string& strWhere, Json::Value& jRec, std::string& strProblem)
 {
+    if (!isUtf8(strText))
+    {
+        strProblem = strWhere + " is not UTF-8";
+        return;
+    }
     try
     {
         jRec = parseJson(strText, strWhere);

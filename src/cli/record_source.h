@@ -46,6 +46,8 @@ private:
     char m_buffer[65536];
 };
 
+constexpr std::size_t kLongestRecord = 64U * 1024U * 1024U;  // memory stays flat, whatever a file holds
+
 class RecordSource
 {
 public:

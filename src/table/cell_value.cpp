@@ -163,6 +163,11 @@ std::string_view textOf(const Json::Value& jString)
     return {szBegin, static_cast<std::size_t>(szEnd - szBegin)};
 }
 
+std::string shown(std::string_view path)
+{
+    return toString(Json::Value(path.data(), path.data() + path.size()));
+}
+
 const char* describe(const Member& member)
 {
     switch (member.pType->valueClass)

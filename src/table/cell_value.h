@@ -31,11 +31,8 @@ std::string_view textOf(const Json::Value& jString);
 // What values of the member are, for the texts of failures: "a whole number from 0 to 4294967295".
 const char* describe(const Member& member);
 
-// "name": a member as the texts of failures show it.
-inline std::string shown(std::string_view path)
-{
-    return '"' + std::string(path) + '"';
-}
+// "name": a member as the texts of failures show it, on one line.
+std::string shown(std::string_view path);
 
 }  // namespace vorn
 

@@ -46,7 +46,7 @@ long long updateRecords(Store& store, const Json::Value& jFilter, const Json::Va
         return -1;
     }
     Waiter waiter(store.iLockTimeout);
-    if (!store.look(waiter, status) || !checkRequired(store, jValues, false, false, status))
+    if (!store.look(waiter, status) || !checkRequired(store.definition, *store.pFacts, jValues, false, false, status))
         return -1;
     for (BoundValue& value : compiled.values)
         record.values.push_back(std::move(value));

@@ -71,7 +71,8 @@ bool readMember(std::string_view name, const Json::Value& jEntry, Member& member
         if (member.blUnique && !pDefault->isNull())
             return failDefinition(status, name, "A \"unique\" member can have no default but null.");
         member.blHasDefault = true;
-        member.jDefault.copyPayload(*pDefault);
+        Json::Value jCopy(*pDefault);  // copyPayload() leaves a value that cannot be destroyed when memory runs out
+        member.jDefault.swapPayload(jCopy);
     }
     return true;
 }

@@ -32,7 +32,7 @@ bool prepare(sqlite3* pDb, const std::string& strSql, Waiter& waiter, StatementP
             return true;
         const int iResult = sqlite3_extended_errcode(pDb);
         bool blStale = false;
-        if (!waitFor(iResult, pDb, false, waiter, blStale))
+        if (!waitFor(iResult, pDb, nullptr, false, waiter, blStale))
             return failPrepare(status, pDb, iResult);
     }
 }
@@ -46,13 +46,13 @@ int failureOf(sqlite3* pDb, sqlite3_stmt* pStatement)
     return (iExtended & kPrimary) == (iReset & kPrimary) ? iExtended : iReset;
 }
 
-bool waitFor(int iResult, sqlite3* pDb, bool blWrites, Waiter& waiter, bool& blStale)
+bool waitFor(int iResult, sqlite3* pDb, const char* szSchema, bool blWrites, Waiter& waiter, bool& blStale)
 {
     constexpr int kPrimary = 0xff;
     switch (iResult & kPrimary)
     {
         case SQLITE_BUSY:
-            blStale = blWrites && sqlite3_txn_state(pDb, nullptr) == SQLITE_TXN_READ;
+            blStale = blWrites && sqlite3_txn_state(pDb, szSchema) == SQLITE_TXN_READ;
             return !blStale && waiter.pause();
         case SQLITE_LOCKED:  // by the same connection, unless the cache is shared
             return iResult == SQLITE_LOCKED_SHAREDCACHE && waiter.pause();

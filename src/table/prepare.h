@@ -35,8 +35,9 @@ bool prepare(sqlite3* pDb, const std::string& strSql, Waiter& waiter, StatementP
 int failureOf(sqlite3* pDb, sqlite3_stmt* pStatement);
 
 // Whether a failed statement may succeed when it is repeated after a pause, and pauses. For a statement that writes,
-// a transaction that has read already cannot be helped by waiting: blStale is set then.
-bool waitFor(int iResult, sqlite3* pDb, bool blWrites, Waiter& waiter, bool& blStale);
+// a transaction that has read the database szSchema (null: any) already cannot be helped by waiting: blStale is set
+// then.
+bool waitFor(int iResult, sqlite3* pDb, const char* szSchema, bool blWrites, Waiter& waiter, bool& blStale);
 
 }  // namespace vorn
 

@@ -52,7 +52,7 @@ bool eachRow(sqlite3* pDb, const std::string& strSql, Waiter& waiter, Status& st
             return true;
         const int iResult = failureOf(pDb, pStatement.get());
         bool blStale = false;
-        if (blRow || (iResult != SQLITE_SCHEMA && !waitFor(iResult, pDb, false, waiter, blStale)))
+        if (blRow || (iResult != SQLITE_SCHEMA && !waitFor(iResult, pDb, nullptr, false, waiter, blStale)))
             return failSqlite(status, pDb, iResult);
     }
 }

@@ -94,6 +94,8 @@ bool realOfText(std::string_view text, double& dValue)
 Cell readReal(ValueClass valueClass, double dValue, Json::Value& jValue)
 {
     constexpr double kTwoTo63 = 9223372036854775808.0;
+    if (valueClass == ValueClass::Float || valueClass == ValueClass::Double || valueClass == ValueClass::AnyJson)
+        return std::isfinite(dValue) ? set(jValue, Json::Value(dValue)) : Cell::Bad;
     if (!(dValue >= -kTwoTo63 && dValue < kTwoTo63) || dValue != std::trunc(dValue))
         return Cell::Bad;
     return setWhole(valueClass, static_cast<std::int64_t>(dValue), jValue);
@@ -188,12 +190,8 @@ Cell readCell(const Member& member, sqlite3_stmt* pStatement, int iColumn, JsonR
         return setText(columnText(pStatement, iColumn, iType == SQLITE_BLOB), jValue);
     if (iType == SQLITE_BLOB || valueClass == ValueClass::Object || valueClass == ValueClass::Array)
         return Cell::Bad;
-    if (valueClass == ValueClass::Float || valueClass == ValueClass::Double)
-        return set(jValue, Json::Value(sqlite3_column_double(pStatement, iColumn)));
-    if (iType == SQLITE_INTEGER)
+    if (iType == SQLITE_INTEGER && valueClass != ValueClass::Float && valueClass != ValueClass::Double)
         return setWhole(valueClass, sqlite3_column_int64(pStatement, iColumn), jValue);
-    if (valueClass == ValueClass::AnyJson)
-        return set(jValue, Json::Value(sqlite3_column_double(pStatement, iColumn)));
     return readReal(valueClass, sqlite3_column_double(pStatement, iColumn), jValue);
 }
 

@@ -70,20 +70,22 @@ bool bindRecord(const Definition& definition, const Json::Value& jRec, bool blDe
     return it == itEnd || failUnknown(status, nameOf(it));
 }
 
-bool checkRequired(const Store& store, const Json::Value& jRec, bool blNew, bool blDefaults, Status& status)
+bool checkRequired(const Definition& definition, const Facts& facts, const Json::Value& jRec, bool blNew,
+                   bool blDefaults, Status& status)
 {
-    for (const Member& member : store.definition.members())
+    for (const Member& member : definition.members())
     {
         if (!member.blRequired && !member.blKey)
             continue;
-        if (store.facts.blRowidKey && store.facts.key.front().pMember == &member && blNew)
+        if (facts.blRowidKey && facts.key.front().pMember == &member && blNew)
             continue;
         const Json::Value* pValue = jRec.find(member.name.data(), member.name.data() + member.name.size());
         if (pValue == nullptr && !blNew)
             continue;
         if (pValue == nullptr && blDefaults && member.blHasDefault)
             pValue = &member.jDefault;
-        if (pValue != nullptr ? pValue->isNull() : !store.facts.fillsItself[store.placeOf(member)])
+        if (pValue != nullptr ? pValue->isNull()
+                              : !facts.fillsItself[static_cast<std::size_t>(&member - definition.members().data())])
             return fail(status, Code::Constraint, member.name, shown(member.name) + " must not be absent.");
     }
     return true;

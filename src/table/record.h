@@ -33,8 +33,9 @@ bool bindRecord(const Definition& definition, const Json::Value& jRec, bool blDe
                 Status& status);
 
 // Whether every member that must be there is: for a new record, or, where blNew is false, among those that are given.
-// False with Constraint. The store's facts must be known.
-bool checkRequired(const Store& store, const Json::Value& jRec, bool blNew, bool blDefaults, Status& status);
+// False with Constraint.
+bool checkRequired(const Definition& definition, const Facts& facts, const Json::Value& jRec, bool blNew,
+                   bool blDefaults, Status& status);
 
 }  // namespace vorn
 

@@ -77,11 +77,15 @@ bool Run::start(const Shape& shape, const std::vector<BoundValue>& values, Statu
         if (iResult == SQLITE_SCHEMA && ++iChanges < kMaxSchemaChanges)
         {
             m_pKept.reset();
+            if (shape.kind == StatementKind::Text)
+                continue;
             m_store.forget();
+            if (m_store.blSavepoint)  // what the operation has done so far may have been wrong
+                return failStep(iResult, false, status);
             continue;
         }
         bool blStale = false;
-        if (!waitFor(iResult, m_store.pDb, blWrites, m_waiter, blStale))
+        if (!waitFor(iResult, m_store.pDb, m_store.schema(), blWrites, m_waiter, blStale))
             return failStep(iResult, blStale, status);
     }
 }
@@ -113,8 +117,13 @@ bool Run::prepareFor(const Shape& shape, Status& status)
     if (m_pKept != nullptr)
         return true;
     const bool blOfTable = shape.kind != StatementKind::Text;
-    if (blOfTable && !m_store.look(m_waiter, status))
-        return false;
+    if (blOfTable)
+    {
+        if (m_store.isOutdated())
+            m_store.forget();
+        if (!m_store.look(m_waiter, status))
+            return false;
+    }
     m_iGeneration = m_store.cache.generation();
 
     auto pKept = std::make_unique<KeptStatement>();
@@ -136,7 +145,7 @@ bool Run::prepareFor(const Shape& shape, Status& status)
         for (const Member& member : m_store.definition.members())
             if (shape.pMembers == nullptr || shape.pMembers->has(m_store.placeOf(member)))
                 members.push_back(&member);
-        pKept->reader = RowReader(std::move(members), !m_store.facts.strRowid.empty());
+        pKept->reader = RowReader(std::move(members), !m_store.pFacts->strRowid.empty());
     }
     m_pKept = std::move(pKept);
     return true;

@@ -19,7 +19,8 @@ bool Savepoint::begin(Status& status)
     Run run(m_store, noWaiting);
     if (run.start({StatementKind::Text, nullptr, "SAVEPOINT vorn"}, noValues, status))
     {
-        m_store.blOwnTransaction = m_blOwn || m_store.blOwnTransaction;
+        m_store.blOwnTransaction = m_blOwn;
+        m_store.blSavepoint = true;
         return m_blOpen = true;
     }
     if (status.code == Code::Locked)
@@ -35,15 +36,23 @@ bool Savepoint::keep(Status& status)
     Run run(m_store, m_waiter);
     if (!run.start({StatementKind::Text, nullptr, "RELEASE vorn"}, noValues, status))
         return false;
-    m_blOpen = false;
+    close();
     return true;
+}
+
+void Savepoint::close() noexcept
+{
+    m_store.blOwnTransaction = false;
+    m_store.blSavepoint = false;
+    m_blOpen = false;
 }
 
 void Savepoint::undo() noexcept
 {
-    if (m_blOwn)
-        m_store.blOwnTransaction = false;
-    if (!m_blOpen || sqlite3_get_autocommit(m_store.pDb) != 0)  // SQLite may have ended the transaction itself
+    if (!m_blOpen)
+        return;
+    close();
+    if (sqlite3_get_autocommit(m_store.pDb) != 0)  // SQLite may have ended the transaction itself
         return;
     sqlite3_exec(m_store.pDb, m_blOwn ? "ROLLBACK" : "ROLLBACK TO vorn; RELEASE vorn", nullptr, nullptr, nullptr);
 }

@@ -32,6 +32,7 @@ public:
 
 private:
     void undo() noexcept;
+    void close() noexcept;
 
     Store& m_store;
     Waiter& m_waiter;

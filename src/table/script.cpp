@@ -32,8 +32,8 @@ Outcome runOnce(sqlite3* pDb, sqlite3_stmt* pStatement, Waiter& waiter, const De
         return Outcome::Done;
     const int iResult = failureOf(pDb, pStatement);
     bool blStale = false;
-    if (!blRow &&
-        (iResult == SQLITE_SCHEMA || waitFor(iResult, pDb, sqlite3_stmt_readonly(pStatement) == 0, waiter, blStale)))
+    if (!blRow && (iResult == SQLITE_SCHEMA ||
+                   waitFor(iResult, pDb, nullptr, sqlite3_stmt_readonly(pStatement) == 0, waiter, blStale)))
         return Outcome::Again;
     if (blStale)
         failStale(status, iResult);

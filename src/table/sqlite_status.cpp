@@ -6,6 +6,7 @@
 
 #include <string_view>
 
+#include "cell_value.h"
 #include "definition.h"
 #include "failure.h"
 
@@ -49,7 +50,7 @@ std::string_view constraintMember(const Definition& definition, std::string_view
 
 std::string constraintText(int iResult, std::string_view member)
 {
-    const std::string strMember = member.empty() ? "" : " (\"" + std::string(member) + "\")";
+    const std::string strMember = member.empty() ? "" : " (" + shown(member) + ')';
     switch (iResult)
     {
         case SQLITE_CONSTRAINT_PRIMARYKEY:

@@ -2,6 +2,8 @@
 
 #include "store.h"
 
+#include <sqlite3.h>
+
 #include "cell_value.h"
 #include "failure.h"
 
@@ -39,7 +41,7 @@ std::string insertText(const Store& store, const MemberSet& members, const char*
 std::string keyText(const Store& store)
 {
     std::string strText;
-    for (const KeyColumn& column : store.facts.key)
+    for (const KeyColumn& column : store.pFacts->key)
         strText += (strText.empty() ? "" : ", ") + column.strQuoted;
     return strText;
 }
@@ -57,23 +59,54 @@ bool failMissing(const Definition& definition, const Facts& facts, Status& statu
 
 bool Store::look(Waiter& waiter, Status& status)
 {
-    if (blFacts)
+    if (pFacts != nullptr)
         return true;
+    Facts facts;
     for (const bool blAgain : {false, true})
     {
         if (blAgain)
             refreshSchema(pDb, definition);
+        StatementPointer pNew;
+        Status unused;  // the facts tell what is wrong
+        prepare(pDb, "SELECT 1 FROM " + definition.quotedName() + " LIMIT 0", waiter, pNew, unused);
         if (!readFacts(pDb, definition, waiter, facts, status))
             return false;
         if (facts.blExists && facts.strMissing.empty())
-            return blFacts = true;
+        {
+            pSentinel = std::move(pNew);
+            pFacts = std::make_shared<Facts>(std::move(facts));
+            return true;
+        }
     }
     return failMissing(definition, facts, status);
 }
 
+bool Store::isOutdated()
+{
+    if (pFacts == nullptr || pSentinel == nullptr)
+        return true;
+    if (sqlite3_get_autocommit(pDb) == 0 && sqlite3_txn_state(pDb, nullptr) == SQLITE_TXN_NONE)
+    {
+        for (const Member& member : definition.members())
+            if (sqlite3_table_column_metadata(pDb, nullptr, definition.name().c_str(), member.name.data(), nullptr,
+                                              nullptr, nullptr, nullptr, nullptr) != SQLITE_OK)
+                return true;
+        return false;
+    }
+    sqlite3_step(pSentinel.get());
+    return sqlite3_reset(pSentinel.get()) == SQLITE_SCHEMA;
+}
+
 void Store::forget()
 {
-    blFacts = false;
+    release();
+    ++iSchema;
+}
+
+void Store::release()
+{
+    pFacts.reset();
+    pSentinel.reset();
     cache.clear();
 }
 
@@ -85,7 +118,8 @@ std::string statementText(const Store& store, const Shape& shape)
     {
         case StatementKind::Select:
             return "SELECT " + joined(store, shape.pMembers, [](const Member& member) { return member.strColumn; }) +
-                   (store.facts.strRowid.empty() ? "" : ", " + store.facts.strRowid) + " FROM " + strTable + strTail;
+                   (store.pFacts->strRowid.empty() ? "" : ", " + store.pFacts->strRowid) + " FROM " + strTable +
+                   strTail;
         case StatementKind::Count:
             return "SELECT count(*) FROM " + strTable + strTail;
         case StatementKind::Insert:

@@ -7,6 +7,7 @@
 
 #include <vorn/status.h>
 
+#include <memory>
 #include <string>
 
 #include "definition.h"
@@ -28,15 +29,27 @@ struct Store
     int iLockTimeout = 5000;
     StatementCache cache;
     StrictReader strictReader;
-    Facts facts;
-    bool blOwnTransaction = false;  // whether the open transaction is the operation's own
-    bool blFacts = false;           // whether the facts are those of the schema that the statements were compiled for
+    std::shared_ptr<const Facts> pFacts;  // null where they are not known
+    StatementPointer pSentinel;           // as old as the facts: it fails when the schema has changed
+    unsigned iSchema = 0;                 // grows with every change of the schema that is noticed
+    bool blOwnTransaction = false;        // whether the open transaction is the operation's own
+    bool blSavepoint = false;             // whether a savepoint of the operation is open
 
     // Reads the facts where they are not known. Missing where the table or a declared column is not there.
     bool look(Waiter& waiter, Status& status);
 
+    // Whether the schema has changed since the facts were read. Inside a transaction that has not read yet only the
+    // connection's own changes are seen, because a look at the file would be its first read.
+    bool isOutdated();
+
     // The schema has changed.
     void forget();
+
+    // Finalizes every statement that is kept.
+    void release();
+
+    // The database that holds the table, or null where it is not known.
+    const char* schema() const { return pFacts != nullptr ? pFacts->strSchema.c_str() : nullptr; }
 
     std::size_t placeOf(const Member& member) const
     {

@@ -4,6 +4,7 @@
 
 #include <vorn/table.h>
 
+#include "cell_value.h"
 #include "failure.h"
 #include "operations.h"
 #include "record.h"
@@ -78,9 +79,9 @@ bool fillDefaults(const Definition& definition, Json::Value& jRec, bool blRequir
         if (jRec.find(szName, szName + member.name.size()) != nullptr)
             continue;
         if (blRequireAll)
-            return fail(status, Code::Constraint, member.name, '"' + std::string(member.name) + "\" is absent.");
+            return fail(status, Code::Constraint, member.name, shown(member.name) + " is absent.");
         if (member.blHasDefault)
-            jRec[szName].copyPayload(member.jDefault);
+            jRec[szName] = member.jDefault;
     }
     return true;
 }
@@ -94,7 +95,11 @@ Table::Table(sqlite3* pDb, const std::string& strName, const Json::Value& jTable
     store.pDb = pDb;
     store.strSqlCreate = strSqlCreate;
     Definition::read(strName, jTableDef, store.definition, m_pInside->definitionStatus);
-    tableCreate();
+    if (tableCreate() != 0)
+        return;
+    Waiter waiter(0);
+    Status unused;
+    store.look(waiter, unused);  // now, because it would be a first read within a transaction of the caller's
 }
 
 Table::~Table() = default;
@@ -272,7 +277,7 @@ void Table::setLockTimeout(int milliseconds)
 void Table::releaseStatements()
 {
     if (m_pInside != nullptr)
-        m_pInside->store.cache.clear();
+        m_pInside->store.release();
 }
 
 }  // namespace vorn

@@ -49,13 +49,14 @@ bool readBack(Store& store, Waiter& waiter, std::string_view tail, const std::ve
     return run.read(jRec, status);
 }
 
-bool insertAndRead(Store& store, Waiter& waiter, const RecordValues& record, Json::Value& jRec, Status& status)
+bool insertAndRead(Store& store, const Facts& facts, Waiter& waiter, const RecordValues& record, Json::Value& jRec,
+                   Status& status)
 {
-    if (!store.facts.strRowid.empty())
+    if (!facts.strRowid.empty())
         return insert(store, waiter, record, status) &&
-               readBack(store, waiter, store.facts.strByRowid,
-                        {BoundValue::integer(sqlite3_last_insert_rowid(store.pDb))}, jRec, status);
-    if (store.facts.key.empty())
+               readBack(store, waiter, facts.strByRowid, {BoundValue::integer(sqlite3_last_insert_rowid(store.pDb))},
+                        jRec, status);
+    if (facts.key.empty())
         return fail(status, Code::BadRequest, "", "Records of this table cannot be read back: it has no key.");
 
     // Without a rowid the statement tells the key, in which defaults of the columns may stand.
@@ -66,9 +67,9 @@ bool insertAndRead(Store& store, Waiter& waiter, const RecordValues& record, Jso
         return runIgnored(store, waiter, {StatementKind::InsertAbort, &record.members}, record.values, status) &&
                failTrigger(status, "A trigger keeps the record from being stored.");
     std::vector<BoundValue> key;
-    for (int i = 0; i < static_cast<int>(store.facts.key.size()); ++i)
+    for (int i = 0; i < static_cast<int>(facts.key.size()); ++i)
         key.push_back(BoundValue::sqlite(sqlite3_column_value(run.statement(), i)));
-    return readBack(store, waiter, store.facts.strByKey, key, jRec, status) && run.next(status);
+    return readBack(store, waiter, facts.strByKey, key, jRec, status) && run.next(status);
 }
 
 // The parts of a record that has a key: the key's values in the key's order, and the others.
@@ -97,17 +98,17 @@ bool isKey(const Facts& facts, const Member& member)
     return false;
 }
 
-KeyedRecord splitKey(const Store& store, const RecordValues& record)
+KeyedRecord splitKey(const Store& store, const Facts& facts, const RecordValues& record)
 {
     KeyedRecord keyed(store.definition);
-    for (const KeyColumn& column : store.facts.key)
+    for (const KeyColumn& column : facts.key)
         keyed.key.push_back(record.values[valuePlace(store, record, *column.pMember)]);
     std::size_t place = 0;
     for (const Member& member : store.definition.members())
     {
         if (!record.members.has(store.placeOf(member)))
             continue;
-        if (!isKey(store.facts, member))
+        if (!isKey(facts, member))
         {
             keyed.others.members.add(store.placeOf(member));
             keyed.others.values.push_back(record.values[place]);
@@ -116,16 +117,16 @@ KeyedRecord splitKey(const Store& store, const RecordValues& record)
     }
     if (keyed.others.values.empty())  // an update must set something
     {
-        keyed.others.members.add(store.placeOf(*store.facts.key.front().pMember));
+        keyed.others.members.add(store.placeOf(*facts.key.front().pMember));
         keyed.others.values.push_back(keyed.key.front());
     }
     return keyed;
 }
 
 // Whether the record has its whole key; if not, the member that lacks.
-bool hasKey(const Store& store, const Json::Value& jRec, std::string_view& lacking)
+bool hasKey(const Facts& facts, const Json::Value& jRec, std::string_view& lacking)
 {
-    for (const KeyColumn& column : store.facts.key)
+    for (const KeyColumn& column : facts.key)
     {
         const Member* pMember = column.pMember;
         const Json::Value* pValue =
@@ -140,13 +141,13 @@ bool hasKey(const Store& store, const Json::Value& jRec, std::string_view& lacki
 }
 
 // Updates the record that has the key and reads it. blFound tells whether there is one.
-bool updateAndRead(Store& store, Waiter& waiter, const RecordValues& record, bool& blFound, Json::Value& jRec,
-                   Status& status)
+bool updateAndRead(Store& store, const Facts& facts, Waiter& waiter, const RecordValues& record, bool& blFound,
+                   Json::Value& jRec, Status& status)
 {
-    const KeyedRecord keyed = splitKey(store, record);
+    const KeyedRecord keyed = splitKey(store, facts, record);
     std::vector<BoundValue> values = keyed.others.values;
     values.insert(values.end(), keyed.key.begin(), keyed.key.end());
-    const Shape shape{StatementKind::Update, &keyed.others.members, store.facts.strByKey};
+    const Shape shape{StatementKind::Update, &keyed.others.members, facts.strByKey};
     if (!runToEnd(store, waiter, shape, values, status))
         return false;
     blFound = sqlite3_changes64(store.pDb) != 0;
@@ -154,7 +155,7 @@ bool updateAndRead(Store& store, Waiter& waiter, const RecordValues& record, boo
     {
         {
             Run run(store, waiter);
-            if (!run.start({StatementKind::Select, nullptr, store.facts.strByKey}, keyed.key, status))
+            if (!run.start({StatementKind::Select, nullptr, facts.strByKey}, keyed.key, status))
                 return false;
             blFound = run.isRow();
         }
@@ -163,7 +164,37 @@ bool updateAndRead(Store& store, Waiter& waiter, const RecordValues& record, boo
         if (!runIgnored(store, waiter, {StatementKind::UpdateAbort, shape.pMembers, shape.tail}, values, status))
             return false;
     }
-    return readBack(store, waiter, store.facts.strByKey, keyed.key, jRec, status);
+    return readBack(store, waiter, facts.strByKey, keyed.key, jRec, status);
+}
+
+}  // namespace
+
+namespace
+{
+
+// Tries to write with what is known of the table, and anew where it fails and the schema has changed. attempt(facts)
+// leaves nothing behind where it fails.
+template <typename Attempt>
+bool withFacts(Store& store, Waiter& waiter, Status& status, Attempt attempt)
+{
+    constexpr int kTries = 100;
+    for (int i = 0; i < kTries; ++i)
+    {
+        if (!store.look(waiter, status))
+            return false;
+        const std::shared_ptr<const Facts> pFacts = store.pFacts;
+        const unsigned iSchema = store.iSchema;
+        if (attempt(*pFacts))
+            return true;
+        if (store.iSchema == iSchema)
+        {
+            if (!store.isOutdated())
+                return false;
+            store.forget();
+        }
+        status = Status();
+    }
+    return fail(status, Code::Sqlite, "", "The schema of the database changes all the time.");
 }
 
 }  // namespace
@@ -174,20 +205,21 @@ bool createRecord(Store& store, const Json::Value& jRec, bool blDefaults, Json::
     if (!bindRecord(store.definition, jRec, blDefaults, record, status))
         return false;
     Waiter waiter(store.iLockTimeout);
-    if (!store.look(waiter, status) || !checkRequired(store, jRec, true, blDefaults, status))
-        return false;
-    if (pRecOut == nullptr && !store.facts.blTriggers)  // one statement is a transaction by itself
-        return insert(store, waiter, record, status);
-
     Json::Value jStored;
+    const auto attempt = [&](const Facts& facts)
     {
-        Savepoint savepoint(store, waiter);
-        if (!savepoint.begin(status) ||
-            !(pRecOut != nullptr ? insertAndRead(store, waiter, record, jStored, status)
-                                 : insert(store, waiter, record, status)) ||
-            !savepoint.keep(status))
+        if (!checkRequired(store.definition, facts, jRec, true, blDefaults, status))
             return false;
-    }
+        if (pRecOut == nullptr && !facts.blTriggers)  // one statement is a transaction by itself
+            return insert(store, waiter, record, status);
+        Savepoint savepoint(store, waiter);
+        return savepoint.begin(status) &&
+               (pRecOut != nullptr ? insertAndRead(store, facts, waiter, record, jStored, status)
+                                   : insert(store, waiter, record, status)) &&
+               savepoint.keep(status);
+    };
+    if (!withFacts(store, waiter, status, attempt))
+        return false;
     if (pRecOut != nullptr)
         pRecOut->swapPayload(jStored);
     return true;
@@ -199,71 +231,74 @@ bool saveRecord(Store& store, Json::Value& jRec, Status& status)
     if (!bindRecord(store.definition, jRec, false, record, status))
         return false;
     Waiter waiter(store.iLockTimeout);
-    if (!store.look(waiter, status))
-        return false;
-    if (store.facts.key.empty())
-        return fail(status, Code::BadRequest, "", "The table has no primary key by which a record can be saved.");
-    std::string_view lacking;
-    if (!hasKey(store, jRec, lacking))
-        return store.facts.blRowidKey
-                   ? createRecord(store, jRec, false, &jRec, status)
-                   : fail(status, Code::BadRequest, lacking, "A record without its primary key cannot be saved.");
-    if (!checkRequired(store, jRec, false, false, status))
-        return false;
-
     Json::Value jStored;
+    const auto attempt = [&](const Facts& facts)
     {
+        if (facts.key.empty())
+            return fail(status, Code::BadRequest, "", "The table has no primary key by which a record can be saved.");
+        std::string_view lacking;
+        const bool blKey = hasKey(facts, jRec, lacking);
+        if (!blKey && !facts.blRowidKey)
+            return fail(status, Code::BadRequest, lacking, "A record without its primary key cannot be saved.");
+        if (!checkRequired(store.definition, facts, jRec, !blKey, false, status))
+            return false;
         Savepoint savepoint(store, waiter);
         bool blFound = false;
-        if (!savepoint.begin(status) || !updateAndRead(store, waiter, record, blFound, jStored, status))
+        if (!savepoint.begin(status) ||
+            (blKey && !updateAndRead(store, facts, waiter, record, blFound, jStored, status)))
             return false;
-        if (!blFound && (!checkRequired(store, jRec, true, false, status) ||
-                         !insertAndRead(store, waiter, record, jStored, status)))
+        if (!blFound && (!checkRequired(store.definition, facts, jRec, true, false, status) ||
+                         !insertAndRead(store, facts, waiter, record, jStored, status)))
             return false;
-        if (!savepoint.keep(status))
-            return false;
-    }
+        return savepoint.keep(status);
+    };
+    if (!withFacts(store, waiter, status, attempt))
+        return false;
     jRec.swapPayload(jStored);
     return true;
 }
 
 long long createAll(Store& store, const Json::Value& jRecArray, Status& status)
 {
-    const auto failAt = [&status](Json::ArrayIndex index)
-    {
-        status.index = index;
-        return -1;
-    };
-
     if (!jRecArray.isNull() && !jRecArray.isArray())
     {
         fail(status, Code::BadRequest, "", "Records must come in an array.");
         return -1;
     }
     const Json::ArrayIndex size = jRecArray.size();
+    const auto failAt = [&status](Json::ArrayIndex index)
+    {
+        status.index = index;
+        return false;
+    };
     for (Json::ArrayIndex i = 0; i < size; ++i)
         if (!checkRecord(store.definition, jRecArray[i], status))
-            return failAt(i);
+        {
+            failAt(i);
+            return -1;
+        }
     if (size == 0)
         return 0;
 
     Waiter waiter(store.iLockTimeout);
-    if (!store.look(waiter, status))
-        return -1;
-    for (Json::ArrayIndex i = 0; i < size; ++i)
-        if (!checkRequired(store, jRecArray[i], true, true, status))
-            return failAt(i);
-
-    Savepoint savepoint(store, waiter);
-    if (!savepoint.begin(status))
-        return -1;
-    for (Json::ArrayIndex i = 0; i < size; ++i)
+    const auto attempt = [&](const Facts& facts)
     {
-        RecordValues record(store.definition);
-        if (!bindRecord(store.definition, jRecArray[i], true, record, status) || !insert(store, waiter, record, status))
-            return failAt(i);
-    }
-    return savepoint.keep(status) ? static_cast<long long>(size) : -1;
+        for (Json::ArrayIndex i = 0; i < size; ++i)
+            if (!checkRequired(store.definition, facts, jRecArray[i], true, true, status))
+                return failAt(i);
+        Savepoint savepoint(store, waiter);
+        if (!savepoint.begin(status))
+            return false;
+        for (Json::ArrayIndex i = 0; i < size; ++i)
+        {
+            RecordValues record(store.definition);
+            if (!bindRecord(store.definition, jRecArray[i], true, record, status) ||
+                !insert(store, waiter, record, status))
+                return failAt(i);
+        }
+        return savepoint.keep(status);
+    };
+    return withFacts(store, waiter, status, attempt) ? static_cast<long long>(size) : -1;
 }
 
 }  // namespace vorn

@@ -43,4 +43,28 @@ inline support::ExpectedLine sqlError(const std::string& error, const std::strin
     return support::trace("sql error, err=" + error + ", sql=" + sql);
 }
 
+// What recSave() writes after a failed condition; the text so far is shown with SQLite's error text.
+inline support::ExpectedLines saveFailed(const std::string& condition, bool create, const std::string& record,
+                                         const std::string& types)
+{
+    return {support::failed(condition),
+            support::trace(std::string("blCreate=") + (create ? "1" : "0") + ", jRecInOut=" + record),
+            support::trace("jType=" + types)};
+}
+
+// All lines of a recSave() whose statement SQLite refused.
+inline support::ExpectedLines saveRefused(const std::string& sql, const std::string& error, bool create,
+                                          const std::string& record, const std::string& types)
+{
+    return support::linesOf(refusedBySqlite(error, sql),
+                            saveFailed("0 > runSqlEx(strSql, DbCallBackFillList, &jArrayTmp)", create, record, types),
+                            sqlError(error, sql));
+}
+
+// The text of a save, from its start to its read-back.
+inline std::string saveSql(const std::string& verb, const std::string& table, const std::string& lists)
+{
+    return verb + " INTO " + table + " " + lists + ";select * from " + table + " where rowid == last_insert_rowid();";
+}
+
 #endif

@@ -108,14 +108,12 @@ std::optional<std::string> listCondition(const Columns& columns, const std::stri
         return "";
     std::string out = name + " in (";
     for (const Json::Value& item : list)
-    {
         if (type == "string")
             out += "'" + doubledQuotes(item.asString()) + "'";
         else if (isJsonType(type))
             out += "'" + doubledQuotes(support::writeReference(item)) + "'";
         else
             out += doubledQuotes(item.asString());
-    }
     return out + " )";
 }
 

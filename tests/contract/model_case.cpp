@@ -6,11 +6,11 @@
 
 #include <iterator>
 #include <limits>
-#include <random>
 #include <set>
 
 #include "json_value.h"
 #include "model.h"
+#include "random.h"
 
 namespace model
 {
@@ -49,34 +49,17 @@ const std::string fragments[] = {"a",  "b",    "Bob", "'",    "''",
 
 const char* const conditions[] = {"1", "rowid > 1", "rowid = 2 or rowid = 3", "1 = 0", "nothing = 1", ""};
 
-class Random
-{
-public:
-    Random(std::uint64_t seed, std::uint64_t index) : m_engine(seed ^ (index * 0x9E3779B97F4A7C15ull)) {}
-
-    std::size_t below(std::size_t end) { return static_cast<std::size_t>(m_engine() % end); }
-    bool oneIn(std::size_t n) { return below(n) == 0; }
-    template <class Pool>
-    const auto& from(const Pool& pool)
-    {
-        return pool[below(std::size(pool))];
-    }
-
-private:
-    std::mt19937_64 m_engine;
-};
+using support::Random;
 
 std::string randomText(Random& random)
 {
     std::string text;
     for (std::size_t count = random.below(4); count > 0; count--)
     {
-        const std::string& fragment = random.from(fragments);
+        const std::string& fragment = random.of(fragments);
         // A '%' ends most texts of a value list early; most cases shall see whole ones.
         if (fragment[0] == '%' && !random.oneIn(3))
-        {
             continue;
-        }
         text += fragment;
     }
     return text;
@@ -100,7 +83,7 @@ Json::Value randomInteger(Random& random)
                                  Json::Value(std::numeric_limits<Json::Int>::min()),
                                  Json::Value(std::numeric_limits<Json::UInt>::max()),
                                  Json::Value(Json::Int(-7))};
-    return random.oneIn(12) ? random.from(large) : Json::Value(static_cast<Json::Int>(random.below(4)));
+    return random.oneIn(12) ? random.of(large) : Json::Value(static_cast<Json::Int>(random.below(4)));
 }
 
 Json::Value randomValue(Random& random, int depth);
@@ -109,9 +92,7 @@ Json::Value randomArray(Random& random, int depth)
 {
     Json::Value array(Json::arrayValue);
     for (std::size_t count = random.below(3); count > 0; count--)
-    {
         array.append(randomValue(random, depth - 1));
-    }
     return array;
 }
 
@@ -119,9 +100,7 @@ Json::Value randomObject(Random& random, int depth)
 {
     Json::Value object(Json::objectValue);
     for (std::size_t count = random.below(3); count > 0; count--)
-    {
         object[randomText(random)] = randomValue(random, depth - 1);
-    }
     return object;
 }
 
@@ -137,7 +116,7 @@ Json::Value randomValue(Random& random, int depth)
         case 2:
             return randomInteger(random);
         case 3:
-            return Json::Value(random.from(reals));
+            return Json::Value(random.of(reals));
         case 4:
             return Json::Value(randomText(random));
         case 5:
@@ -150,33 +129,19 @@ Json::Value randomValue(Random& random, int depth)
 Json::Value randomValueFor(Random& random, const std::string& type)
 {
     if (type == "float" || type == "double")
-    {
         return random.oneIn(20) ? Json::Value(randomText(random)) : smallReal(random);
-    }
     if (random.oneIn(25))
-    {
         return randomValue(random, 2);
-    }
     if (type == "string")
-    {
         return Json::Value(randomText(random));
-    }
     if (type == "bool")
-    {
         return Json::Value(random.oneIn(2));
-    }
     if (type == "Json::objectValue")
-    {
         return randomObject(random, 2);
-    }
     if (type == "Json::arrayValue")
-    {
         return randomArray(random, 2);
-    }
     if (type == "Json::Value")
-    {
         return randomValue(random, 2);
-    }
     return randomInteger(random);
 }
 
@@ -186,18 +151,14 @@ Json::Value randomMembers(Random& random)
     const std::size_t count = 1 + random.below(6);
     while (members.size() < count)
     {
-        Json::Value& member = members[random.from(memberNames)];
+        Json::Value& member = members[random.of(memberNames)];
         if (member.isMember("cpptype"))
-        {
             continue;
-        }
         const std::size_t end = random.oneIn(8) ? std::size(typeNames) : readableTypes;
         const std::string type = typeNames[random.below(end)];
         member["cpptype"] = type;
         if (random.oneIn(5))
-        {
             member["cppDefaultValue"] = randomValueFor(random, type);
-        }
     }
     return members;
 }
@@ -213,10 +174,8 @@ std::string randomColumns(Random& random, const Columns& columns)
     for (const auto& [name, type] : columns)
     {
         if (columns.size() > 1 && random.oneIn(60))
-        {
             continue;
-        }
-        std::string column = name + random.from(affinities);
+        std::string column = name + random.of(affinities);
         const std::size_t constraint = random.below(4 * std::size(constraints));
         if (constraint < std::size(constraints) && !(constraint == 1 && hasKey))
         {
@@ -226,14 +185,10 @@ std::string randomColumns(Random& random, const Columns& columns)
         written.insert(written.begin() + static_cast<std::ptrdiff_t>(random.below(written.size() + 1)), column);
     }
     if (written.empty() || random.oneIn(30))
-    {
         written.emplace_back("undeclared");
-    }
     std::string out;
     for (const std::string& column : written)
-    {
         out += (out.empty() ? "" : ",") + column;
-    }
     return out;
 }
 
@@ -241,16 +196,10 @@ Json::Value randomRecord(Random& random, const Columns& columns, std::size_t one
 {
     Json::Value record(Json::objectValue);
     for (const auto& [name, type] : columns)
-    {
         if (!random.oneIn(oneLeftOutIn))
-        {
             record[name] = randomValueFor(random, type);
-        }
-    }
     if (random.oneIn(6))
-    {
         record["undeclared"] = randomValue(random, 1);
-    }
     return record;
 }
 
@@ -258,39 +207,27 @@ Json::Value randomRecord(Random& random, const Columns& columns, std::size_t one
 Json::Value randomParam(Random& random, const Columns& columns)
 {
     if (random.oneIn(30))
-    {
         return random.oneIn(2) ? Json::Value() : Json::Value(Json::arrayValue);
-    }
     Json::Value param(Json::objectValue);
     for (const auto& [name, type] : columns)
     {
         if (!random.oneIn(4))
-        {
             continue;
-        }
         param[name] = randomValueFor(random, type);
         if (random.oneIn(3))
         {
             Json::Value list(Json::arrayValue);
             for (std::size_t count = random.below(3); count > 0; count--)
-            {
                 list.append(randomValueFor(random, type));
-            }
             param[name] = list;
         }
     }
     if (random.oneIn(5))
-    {
-        param["vornSqlWhereFilter"] = random.oneIn(12) ? randomValue(random, 1) : Json::Value(random.from(conditions));
-    }
+        param["vornSqlWhereFilter"] = random.oneIn(12) ? randomValue(random, 1) : Json::Value(random.of(conditions));
     if (random.oneIn(4))
-    {
         param["sort_by"] = random.oneIn(20) ? randomValue(random, 1) : Json::Value(randomText(random));
-    }
     if (random.oneIn(4))
-    {
         param["sort_direction"] = random.oneIn(3) ? Json::Value(randomText(random)) : Json::Value("desc");
-    }
     if (random.oneIn(4))
     {
         param["limit"] =
@@ -307,9 +244,7 @@ Json::Value randomParam(Random& random, const Columns& columns)
 std::string randomName(Random& random, const Columns& columns)
 {
     if (random.oneIn(15))
-    {
         return "undeclared";
-    }
     auto column = columns.begin();
     std::advance(column, random.below(columns.size()));
     return column->first;
@@ -319,12 +254,8 @@ std::string randomName(Random& random, const Columns& columns)
 std::string randomStringName(Random& random, const Columns& columns)
 {
     for (const auto& [name, type] : columns)
-    {
         if (type == "string" && !random.oneIn(3))
-        {
             return name;
-        }
-    }
     return randomName(random, columns);
 }
 
@@ -333,9 +264,7 @@ std::string randomQuery(Random& random, const std::string& table, const Columns&
 {
     std::string out;
     for (std::size_t count = 1 + random.below(columns.size() + 1); count > 0; count--)
-    {
         out += (out.empty() ? "" : ",") + randomName(random, columns);
-    }
     return "select " + out + " from " + table + (random.oneIn(3) ? "" : ";select " + out + " from " + table);
 }
 
@@ -344,7 +273,7 @@ Step randomStep(Random& random, Call call, const Columns& columns)
     Step step;
     step.call = call;
     const char* const prefixes[] = {"", "x", "INSERT INTO t (a) VALUES ("};
-    step.text = random.from(prefixes);
+    step.text = random.of(prefixes);
     step.flag = random.oneIn(2);
     step.name = call == Call::DeleteByArray || call == Call::DeleteByName ? randomStringName(random, columns)
                                                                           : randomName(random, columns);
@@ -366,13 +295,9 @@ Step randomStep(Random& random, Call call, const Columns& columns)
         case Call::ListCondition:
             step.first = Json::Value(Json::arrayValue);
             for (std::size_t count = random.below(4); count > 0; count--)
-            {
                 step.first.append(randomValueFor(random, type));
-            }
             if (random.oneIn(10))
-            {
                 step.first = randomValue(random, 1);
-            }
             break;
         case Call::MemberList:
             step.first = randomParam(random, columns);
@@ -390,13 +315,11 @@ Step randomStep(Random& random, Call call, const Columns& columns)
             break;
         case Call::UpdateByWhere:
             step.first = randomRecord(random, columns, 2);
-            step.text = random.from(conditions);
+            step.text = random.of(conditions);
             break;
         case Call::DeleteByArray:
             for (std::size_t count = random.below(3); count > 0; count--)
-            {
                 step.texts.push_back(randomText(random));
-            }
             break;
         case Call::DeleteByName:
             step.text = randomText(random);
@@ -410,9 +333,7 @@ Step randomStep(Random& random, Call call, const Columns& columns)
             break;
     }
     if (call == Call::GetOne)
-    {
         step.second = random.oneIn(10) ? randomValue(random, 1) : Json::Value();
-    }
     return step;
 }
 
@@ -420,7 +341,7 @@ Step randomStep(Random& random, Call call, const Columns& columns)
 
 Case randomCase(std::uint64_t seed, std::uint64_t index)
 {
-    Random random(seed, index);
+    Random random(seed ^ (index * 0x9E3779B97F4A7C15ull));
     Case out;
     out.table = "m" + std::to_string(index) + "_" + std::to_string(seed);
     out.definition[out.table]["member"] = randomMembers(random);
@@ -434,20 +355,16 @@ Case randomCase(std::uint64_t seed, std::uint64_t index)
     const Call changes[] = {Call::UpdateByFilter, Call::UpdateByWhere, Call::Delete,
                             Call::DeleteAll,      Call::DeleteByArray, Call::DeleteByName};
     for (const Call call : builders)
-    {
         out.steps.push_back(randomStep(random, call, columns));
-    }
     for (int i = 0; i < 4; i++)
-    {
         out.steps.push_back(randomStep(random, random.oneIn(2) ? Call::Create : Call::Save, columns));
-    }
     Step query = randomStep(random, Call::Query, columns);
     query.text = randomQuery(random, out.table, columns);
     out.steps.push_back(query);
     for (int i = 0; i < 2; i++)
     {
-        out.steps.push_back(randomStep(random, random.from(reads), columns));
-        out.steps.push_back(randomStep(random, random.from(changes), columns));
+        out.steps.push_back(randomStep(random, random.of(reads), columns));
+        out.steps.push_back(randomStep(random, random.of(changes), columns));
     }
     return out;
 }

@@ -61,9 +61,7 @@ int Table::run(const std::string& sql, Json::Value* rows)
 int Table::failedWrite()
 {
     if (m_error.find("UNIQUE constraint failed") != std::string::npos)
-    {
         m_message = "DUPLICATE_PRIMARY_KEY";
-    }
     return -1;
 }
 
@@ -72,9 +70,7 @@ int Table::save(Json::Value& record, bool insert)
     const std::optional<std::string> sql = saveText(m_name, m_columns, record, insert);
     Json::Value rows(Json::arrayValue);
     if (!sql || run(*sql, &rows) < 0 || rows.empty())
-    {
         return -1;
-    }
     record = Json::Value(rows[0]);
     return 0;
 }
@@ -82,14 +78,10 @@ int Table::save(Json::Value& record, bool insert)
 int Table::create(const Json::Value& in, Json::Value& out)
 {
     if (in.empty())
-    {
         return failedWrite();
-    }
     Json::Value record = withDefaults(m_definition, m_name, in);
     if (!typesFit(m_columns, record) || save(record, true) < 0)
-    {
         return failedWrite();
-    }
     out = record;
     return 0;
 }
@@ -103,24 +95,18 @@ int Table::fillDefaults(Json::Value& record, bool requireAll)
         return 0;
     }
     for (const auto& [name, type] : m_columns)
-    {
         if (!record.isMember(name))
             return -1;
-    }
     return 0;
 }
 
 int Table::list(const Json::Value& param, Json::Value& out)
 {
     if (out.type() != Json::nullValue && out.type() != Json::arrayValue)
-    {
         return -1;
-    }
     const Fragment condition = memberList("", m_columns, param, 1);
     if (condition.result < 0)
-    {
         return -1;
-    }
     const Fragment clause = sortAndPage("", param);
     return run(selectText(m_name, m_columns, condition.text, clause.text), &out);
 }
@@ -129,65 +115,45 @@ int Table::getOne(const Json::Value& param, Json::Value& out)
 {
     Json::Value rows(Json::arrayValue);
     if (list(param, rows) < 0)
-    {
         return -1;
-    }
     if (rows.empty())
-    {
         return 0;
-    }
     if (out.type() != Json::nullValue && out.type() != Json::objectValue)
-    {
         return -1;
-    }
     for (const std::string& name : rows[0].getMemberNames())
-    {
         out[name] = rows[0][name];
-    }
     return 1;
 }
 
 int Table::updateByWhere(const Json::Value& values, const std::string& condition)
 {
     if (condition.empty() || values.empty())
-    {
         return -1;
-    }
     Json::Value columns = values;
     columns.removeMember("vornSqlWhereFilter");
     const Fragment assignments = memberList("", m_columns, columns, 2);
     if (assignments.result < 0)
-    {
         return -1;
-    }
     return run(updateText(m_name, assignments.text, condition), nullptr) < 0 ? -1 : 0;
 }
 
 int Table::updateByFilter(const Json::Value& filter, const Json::Value& values)
 {
     if (filter.type() != Json::objectValue || filter.empty() || values.type() != Json::objectValue)
-    {
         return failedWrite();
-    }
     const Fragment condition = memberList("", m_columns, filter, 1);
     if (condition.result < 0 || condition.text.empty() || !typesFit(m_columns, values))
-    {
         return failedWrite();
-    }
     return updateByWhere(values, condition.text) < 0 ? failedWrite() : 0;
 }
 
 int Table::remove(const Json::Value& param, bool allowAll)
 {
     if (param.type() != Json::objectValue)
-    {
         return -1;
-    }
     const Fragment condition = memberList("", m_columns, param, 1);
     if (condition.result < 0 || (condition.text.empty() && !allowAll))
-    {
         return -1;
-    }
     return run(deleteText(m_name, condition.text), nullptr);
 }
 
@@ -195,14 +161,10 @@ int Table::removeByArray(const std::vector<std::string>& values, const std::opti
 {
     const auto column = name ? m_columns.find(*name) : m_columns.end();
     if (values.empty() || column == m_columns.end() || column->second != "string")
-    {
         return -1;
-    }
     Json::Value param;
     for (const std::string& value : values)
-    {
         param[*name].append(value);
-    }
     return remove(param, false);
 }
 

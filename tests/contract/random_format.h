@@ -5,13 +5,11 @@
 #ifndef VORNJSONDB_TESTS_RANDOM_FORMAT_H
 #define VORNJSONDB_TESTS_RANDOM_FORMAT_H
 
-#include <cstdio>
-#include <cstdlib>
-#include <random>
 #include <stdexcept>
 #include <string>
 #include <vector>
 
+#include "random.h"
 #include "store.h"
 
 namespace support
@@ -25,37 +23,19 @@ struct Kind
     std::vector<const char*> fitting;  // conversions of this kind and size
 };
 
-class Random
+class RandomFormat : public Random
 {
 public:
-    Random() { std::printf("VORN_TEST_SEED=%u\n", m_seed); }
-
-    unsigned seed() const { return m_seed; }
-    size_t below(size_t limit) { return m_engine() % limit; }
-    bool chance(size_t percent) { return below(100) < percent; }
-
-    template <class List>
-    const auto& of(const List& list)
-    {
-        return *(std::begin(list) + static_cast<std::ptrdiff_t>(below(std::size(list))));
-    }
-
     // Flags, width and precision of a conversion.
     std::string modifiers()
     {
         std::string result;
         while (chance(30))
-        {
             result += "-+ #!0,"[below(7)];
-        }
         if (chance(30))
-        {
             result += std::to_string(1 + below(40));
-        }
         if (chance(30))
-        {
             result += "." + (chance(80) ? std::to_string(below(40)) : "");
-        }
         return result;
     }
 
@@ -98,16 +78,6 @@ public:
         // An unfinished conversion, which the following text completes.
         return chance(10) ? result + "%" + modifiers() + (chance(20) ? "l" : "") : result;
     }
-
-private:
-    static unsigned chosenSeed()
-    {
-        const char* const given = std::getenv("VORN_TEST_SEED");
-        return given != nullptr ? static_cast<unsigned>(std::strtoul(given, nullptr, 10)) : std::random_device()();
-    }
-
-    unsigned m_seed = chosenSeed();
-    std::mt19937 m_engine{m_seed};
 };
 
 // A definition with the members a, b, c, ... of these types.
@@ -116,9 +86,7 @@ inline std::string memberList(std::initializer_list<const char*> types)
     Json::Value members;
     char name = 'a';
     for (const char* const type : types)
-    {
         members[std::string(1, name++)]["cpptype"] = type;
-    }
     return members.toStyledString();
 }
 
@@ -127,9 +95,7 @@ inline std::string valueList(Store& store, const std::string& prefix, Json::Valu
 {
     std::string result = prefix;
     if (store->SqlExpandMemberSymbol(result, record) != 0)
-    {
         throw std::runtime_error("refused");
-    }
     return result;
 }
 
@@ -139,9 +105,7 @@ inline Json::Value recordOf(std::initializer_list<Json::Value> values)
     Json::Value record;
     char name = 'a';
     for (const Json::Value& value : values)
-    {
         record[std::string(1, name++)] = value;
-    }
     return record;
 }
 

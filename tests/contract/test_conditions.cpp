@@ -162,9 +162,7 @@ TEST_F(Conditions, ListIsWrittenByTheDeclaredTypeWithoutASeparator)
 TEST_F(Conditions, EmptyListAppendsNothing)
 {
     for (const char* const column : {"name", "id", "flag", "meta"})
-    {
         EXPECT_SILENT(0, list(column, "[]"));
-    }
     EXPECT_EQ("before ", out);
 }
 
@@ -204,9 +202,7 @@ LOGGED_TEST_F(Conditions, ListChecksItsNameThenTheColumnThenTheKindOfList)
     }
     EXPECT_LOGS(-1, list("missing", "{}"), failed("!jType.isMember(szField)"));
     for (const char* const noArray : {"{}", "null", "1", R"("x")", "true", "1.5"})
-    {
         EXPECT_LOGS(-1, list("name", noArray), failed("jList.type() != Json::arrayValue"));
-    }
 
     EXPECT_EQ("before ", out);
 }
@@ -234,9 +230,7 @@ TEST_F(Conditions, ValueThatCannotBeReadRaisesAndAppendsNothing)
         {"id", "[1]", ""},           {"id", R"({"a": 1})", ""}, {"odd", "{}", ""},  {"owner", "[]", ""},
     };
     for (const Rendering& value : refused)
-    {
         EXPECT_THROW(match(value.column, value.value), Json::Exception) << value.column << " " << value.value;
-    }
     EXPECT_THROW(list("name", R"(["a", {}])"), Json::Exception);
     EXPECT_THROW(list("name", "[[]]"), Json::Exception);
     EXPECT_THROW(list("id", "[1, [2]]"), Json::Exception);

@@ -116,9 +116,7 @@ protected:
         close(gate[0]);
         close(gate[1]);  // all start now
         for (const std::unique_ptr<ChildProcess>& child : children)
-        {
             receiveFrom(*child, count);
-        }
         read();
         report(std::chrono::duration<double>(steady_clock::now() - start).count());
     }
@@ -134,9 +132,7 @@ protected:
     {
         int result = 0;
         for (const auto& entry : m_stored)
-        {
             result += entry.second - 1;
-        }
         return result;
     }
 
@@ -145,17 +141,13 @@ private:
     {
         std::optional<FaultyVfs> withoutSyncs;
         if (!syncs())
-        {
             withoutSyncs.emplace();
-        }
         const Database database(m_file.path());
         VornJsonDbApi api(database.handle(), m_name, m_definition, m_create);
         close(gate[1]);
         char none = 0;
         if (::read(gate[0], &none, 1) != 0)
-        {
             return 1;
-        }
 
         std::vector<Created> created;
         Waiting waiting = {};
@@ -171,36 +163,26 @@ private:
             const int result = create(api, in, out);
             const bool good = result == 0 ? out == in : out.isNull();
             if (!good)
-            {
                 return 1;
-            }
             const Outcome failure = api.getErrMsg() == "DUPLICATE_PRIMARY_KEY" ? Outcome::Duplicate : Outcome::GivenUp;
             created.push_back({id, result == 0 ? Outcome::Acknowledged : failure});
             const auto pauses = static_cast<long>(watch.pauses().size());
             if (failure == Outcome::GivenUp && result != 0 && pauses < 500)
-            {
                 return 1;  // another failure than a lock
-            }
             waiting.pauses += pauses;
             waiting.longest = std::max(waiting.longest, pauses);
         }
         for (const Created& each : created)
-        {
             ChildProcess::send(report, each);
-        }
         return ChildProcess::send(report, waiting) ? 0 : 1;
     }
 
     static int create(VornJsonDbApi& api, Json::Value& in, Json::Value& out)
     {
         if (!GetParam().inTransactions)
-        {
             return api.recCreate(in, out);
-        }
         if (api.runSqlEx("BEGIN IMMEDIATE") >= 0 && api.recCreate(in, out) == 0 && api.runSqlEx("COMMIT") >= 0)
-        {
             return 0;
-        }
         static_cast<void>(api.runSqlEx("ROLLBACK"));
         out = Json::Value();
         return -1;
@@ -210,9 +192,7 @@ private:
     {
         Created created = {};
         for (int i = 0; i < count && child.receive(created); ++i)
-        {
             EXPECT_TRUE(m_outcomes.emplace(created.id, created.outcome).second);
-        }
         Waiting waiting = {};
         EXPECT_TRUE(child.receive(waiting));
         EXPECT_EQ(0, child.wait());
@@ -272,9 +252,7 @@ TEST_P(ContentionWithoutHarm, StoresEachRecordOnce)
     EXPECT_EQ(count(Outcome::Acknowledged), m_stored.size());
     EXPECT_EQ(0, surplusRows());
     for (const auto& [id, outcome] : m_outcomes)
-    {
         EXPECT_EQ(outcome == Outcome::Acknowledged, m_stored.count(id) == 1) << id;
-    }
     // Only a disk that makes others wait for seconds makes anyone give up.
     EXPECT_TRUE(syncs() || count(Outcome::Acknowledged) == all) << count(Outcome::GivenUp) << " given up";
 }
@@ -295,9 +273,7 @@ TEST_P(ContentionInARollbackJournal, StoresEachRecordAndNothingElse)
         EXPECT_TRUE(outcome != Outcome::Duplicate || hasKey) << id;
     }
     for (const auto& entry : m_stored)
-    {
         EXPECT_EQ(1U, m_outcomes.count(entry.first)) << "nobody created " << entry.first;
-    }
 }
 
 const auto nameOfSetting = [](const auto& setting) { return std::string(setting.param.name); };

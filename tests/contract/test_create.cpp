@@ -6,6 +6,7 @@
 
 #include <limits>
 
+#include "failures.h"
 #include "log_capture.h"
 #include "store.h"
 
@@ -37,20 +38,19 @@ Json::Value created(Store& store, const Json::Value& record)
     return stored;
 }
 
+// What recCreate() adds to the lines of a save that fails.
+ExpectedLines notCreated(const ExpectedLines& saveLines, const std::string& record)
+{
+    return linesOf(saveLines, failed("0 > recSave(jParam, true)"), trace("call create rec, rec=" + record));
+}
+
 ExpectedLines duplicateLines(Store& store, const std::string& columnsAndValues, const std::string& record)
 {
-    const std::string text = "UNIQUE constraint failed: " + store.name() + ".id";
-    const std::string sql = "INSERT INTO " + store.name() + " " + columnsAndValues + " ;select * from " + store.name() +
-                            " where rowid == last_insert_rowid();";
-    return {trace("i=0,errno=<number>, run sql failed, error=" + text + ", sql=" + sql),
-            debug("run sql fail, err=" + text),
-            failed("0 > runSqlEx(strSql, DbCallBackFillList, &jArrayTmp)"),
-            trace("blCreate=1, jRecInOut=" + record),
-            trace(R"(jType={"done":{"cppDefaultValue":false,"cpptype":"bool"},"id":{"cpptype":"int"},)"
-                  R"("name":{"cppDefaultValue":"unnamed","cpptype":"string"}})"),
-            trace("sql error, err=" + text + ", sql=" + sql),
-            failed("0 > recSave(jParam, true)"),
-            trace("call create rec, rec=" + record)};
+    return notCreated(saveRefused(saveSql("INSERT", store.name(), columnsAndValues + " "),
+                                  "UNIQUE constraint failed: " + store.name() + ".id", true, record,
+                                  R"({"done":{"cppDefaultValue":false,"cpptype":"bool"},"id":{"cpptype":"int"},)"
+                                  R"("name":{"cppDefaultValue":"unnamed","cpptype":"string"}})"),
+                      record);
 }
 
 }  // namespace
@@ -248,12 +248,13 @@ LOGGED_TEST(Create, UserIdsAndTimesPassTheCheckButCannotBeWritten)
     {
         Store store(R"({"a": {"cpptype": ")" + type + R"("}, "b": {"cpptype": "int"}})");
         Json::Value stored;
-        EXPECT_EQ(-1, create(store, json(R"({"a": 1, "b": 2})"), stored,
-                             {error("cannot support this type=" + type),
-                              failed("0 > SqlExpandMemberSymbol(strSql, jRecInOut)"),
-                              trace(R"(blCreate=1, jRecInOut={"a":1,"b":2})"),
-                              trace(R"(jType={"a":{"cpptype":")" + type + R"("},"b":{"cpptype":"int"}})"),
-                              failed("0 > recSave(jParam, true)"), trace(R"(call create rec, rec={"a":1,"b":2})")}));
+        EXPECT_EQ(
+            -1, create(store, json(R"({"a": 1, "b": 2})"), stored,
+                       notCreated(
+                           linesOf(error("cannot support this type=" + type),
+                                   saveFailed("0 > SqlExpandMemberSymbol(strSql, jRecInOut)", true, R"({"a":1,"b":2})",
+                                              R"({"a":{"cpptype":")" + type + R"("},"b":{"cpptype":"int"}})")),
+                           R"({"a":1,"b":2})")));
         EXPECT_TRUE(store.rows().empty());
     }
 }
@@ -261,18 +262,12 @@ LOGGED_TEST(Create, UserIdsAndTimesPassTheCheckButCannotBeWritten)
 LOGGED_TEST(Create, WithoutTheDefinitionsLastMemberSqliteRejectsTheText)
 {
     Store store(R"({"a": {"cpptype": "int"}, "b": {"cpptype": "int"}})");
-    const std::string sql = "INSERT INTO " + store.name() + " (a,) VALUES (1,;select * from " + store.name() +
-                            " where rowid == last_insert_rowid();";
-    const std::string text = "near \")\": syntax error";
     Json::Value stored;
-    EXPECT_EQ(
-        -1, create(store, json(R"({"a": 1})"), stored,
-                   {trace("i=0,errno=<number>, run sql failed, error=" + text + ", sql=" + sql),
-                    debug("run sql fail, err=" + text), failed("0 > runSqlEx(strSql, DbCallBackFillList, &jArrayTmp)"),
-                    trace(R"(blCreate=1, jRecInOut={"a":1})"),
-                    trace(R"(jType={"a":{"cpptype":"int"},"b":{"cpptype":"int"}})"),
-                    trace("sql error, err=" + text + ", sql=" + sql), failed("0 > recSave(jParam, true)"),
-                    trace(R"(call create rec, rec={"a":1})")}));
+    EXPECT_EQ(-1, create(store, json(R"({"a": 1})"), stored,
+                         notCreated(
+                             saveRefused(saveSql("INSERT", store.name(), "(a,) VALUES (1,"), "near \")\": syntax error",
+                                         true, R"({"a":1})", R"({"a":{"cpptype":"int"},"b":{"cpptype":"int"}})"),
+                             R"({"a":1})")));
     EXPECT_TRUE(store.rows().empty());
     EXPECT_EQ("", store->getErrMsg());
 
@@ -329,9 +324,7 @@ TEST(Create, IntegersOfEverySizeAreStoredWhole)
     Store store(R"({"b": {"cpptype": "bool"}, "i": {"cpptype": "int"}, "l": {"cpptype": "long long"}})");
     for (const char* const text : {R"({"b": true, "i": 2147483647, "l": 9223372036854775807})",
                                    R"({"b": false, "i": -2147483648, "l": -9223372036854775808})"})
-    {
         EXPECT_EQ(json(text), created(store, json(text)));
-    }
     // A real number without fraction passes the check and comes back as an integer.
     EXPECT_EQ(json(R"({"b": true, "i": 3, "l": -4})"), created(store, json(R"({"b": true, "i": 3.0, "l": -4.0})")));
     // Beyond 32 bits an "int" is stored whole but read back by strtol().
@@ -374,22 +367,4 @@ LOGGED_TEST(Create, ANullConnectionFails)
                 trace(R"(call create rec, rec={"a":1})"));
     EXPECT_EQ("before", stored.asString());
     EXPECT_EQ("", api->getErrMsg());
-}
-
-TEST(Create, WhatIsNoRecordAsksForTheTypesTwice)
-{
-    const Database database;
-    std::string name = freshTable();
-    Json::Value definition = json(R"({"other": 1})");
-    std::string create = "CREATE TABLE " + name + " (a)";
-    VornJsonDbApi api(database.handle(), name, definition, create);
-    const ExpectedLines rest{inUtil(trace("strJsonName=" + name)), inUtil(trace(R"(jTableDef={"other":1})")),
-                             inUtil(trace("jType=<any>"))};
-    Json::Value text = "text";
-    Json::Value out;
-    EXPECT_EQ(-1, logged(ExpectedLines{inUtil(failed("!jTableDef.isMember(strJsonName)"))} + rest +
-                             ExpectedLines{inUtil(failed("jType[strJsonName].type() != Json::objectValue"))} + rest +
-                             ExpectedLines{failed("!jRecParam.isObject()"), failed("0 > checkJsonType(jParam)"),
-                                           trace(R"(call create rec, rec="text")")},
-                         [&] { return api.recCreate(text, out); }));
 }

@@ -7,6 +7,7 @@
 #include <cerrno>
 #include <stdexcept>
 
+#include "failures.h"
 #include "log_capture.h"
 #include "sleep_watch.h"
 #include "store.h"
@@ -29,19 +30,9 @@ std::string sqlErrorText(Store& store)
     capture.stop();
     const std::string start = "sql error, err=";
     for (const LogLine& line : capture.lines())
-    {
         if (line.message.rfind(start, 0) == 0)
-        {
             return line.message.substr(start.size(), line.message.find(", sql=") - start.size());
-        }
-    }
     return "";
-}
-
-ExpectedLines finalFailure(const std::string& sql, const std::string& errorText)
-{
-    return {trace("i=0,errno=<number>, run sql failed, error=" + errorText + ", sql=" + sql),
-            debug("run sql fail, err=" + errorText)};
 }
 
 int countRows(void* context, int, char**, char**)
@@ -86,7 +77,7 @@ LOGGED_TEST(Execute, AFailingStatementEndsTheTextAndKeepsWhatRanBefore)
     const std::string& table = store.name();
     const std::string sql =
         "INSERT INTO " + table + " (age) VALUES (1);SELECT missing;INSERT INTO " + table + " (age) VALUES (2)";
-    EXPECT_LOGS(-1, store->runSqlEx(sql), finalFailure(sql, "no such column: missing"));
+    EXPECT_LOGS(-1, store->runSqlEx(sql), refusedBySqlite("no such column: missing", sql));
     EXPECT_EQ(1U, store.rows().size());
 }
 
@@ -112,9 +103,7 @@ TEST(Execute, TheCallbackGetsContextNamesAndTexts)
     {
         std::string& text = *static_cast<std::string*>(context);
         for (int i = 0; i < count; ++i)
-        {
             text += std::string(names[i]) + "=" + (values[i] != nullptr ? values[i] : "NULL") + ";";
-        }
         return 0;
     };
     EXPECT_SILENT(0, store->runSqlEx("SELECT 1 AS a, NULL AS b, 'x' AS c", write, &seen));
@@ -127,7 +116,7 @@ LOGGED_TEST(Execute, ASyntaxErrorFailsAtOnceWithSqlitesText)
     const SleepWatch watch(SleepWatch::Pause::Skipped);
     const std::string sql = "SELEKT 100%s '%n";
     const std::string text = "near \"SELEKT\": syntax error";
-    EXPECT_LOGS(-1, store->runSqlEx(sql), finalFailure(sql, text));
+    EXPECT_LOGS(-1, store->runSqlEx(sql), refusedBySqlite(text, sql));
     EXPECT_TRUE(watch.pauses().empty());
     EXPECT_EQ(text, sqlErrorText(store));
 }
@@ -136,7 +125,7 @@ LOGGED_TEST(Execute, ASuccessEmptiesTheTextOfAnEarlierFailure)
 {
     Store store(members);
     EXPECT_EQ("", sqlErrorText(store));
-    EXPECT_LOGS(-1, store->runSqlEx("nonsense"), finalFailure("nonsense", "near \"nonsense\": syntax error"));
+    EXPECT_LOGS(-1, store->runSqlEx("nonsense"), refusedBySqlite("near \"nonsense\": syntax error", "nonsense"));
     EXPECT_EQ("near \"nonsense\": syntax error", sqlErrorText(store));
     EXPECT_SILENT(0, store->runSqlEx("SELECT 1"));
     EXPECT_EQ("", sqlErrorText(store));
@@ -151,7 +140,7 @@ TEST(Execute, ARunStartsByEmptyingTheText)
         EXPECT_EQ("", sqlErrorText(*static_cast<Store*>(context)));
         return 0;
     };
-    logged(finalFailure("nonsense", "near \"nonsense\": syntax error"), [&] { store->runSqlEx("nonsense"); });
+    logged(refusedBySqlite("near \"nonsense\": syntax error", "nonsense"), [&] { store->runSqlEx("nonsense"); });
     EXPECT_EQ(0, store->runSqlEx("SELECT 1", look, &store));
 }
 
@@ -159,7 +148,7 @@ TEST(Execute, EachObjectKeepsItsOwnErrorText)
 {
     Store first(members);
     Store second(members);
-    logged(finalFailure("nonsense", "near \"nonsense\": syntax error"), [&] { first->runSqlEx("nonsense"); });
+    logged(refusedBySqlite("near \"nonsense\": syntax error", "nonsense"), [&] { first->runSqlEx("nonsense"); });
     EXPECT_SILENT(0, second->runSqlEx("SELECT 1"));
     EXPECT_EQ("near \"nonsense\": syntax error", sqlErrorText(first));
     EXPECT_EQ("", sqlErrorText(second));
@@ -190,7 +179,7 @@ LOGGED_TEST(Execute, AnEmptyTextFailsWithoutCallingSqlite)
 TEST(Execute, AnEmptyTextReplacesTheTextOfAnEarlierFailure)
 {
     Store store(members);
-    logged(finalFailure("nonsense", "near \"nonsense\": syntax error"), [&] { store->runSqlEx("nonsense"); });
+    logged(refusedBySqlite("near \"nonsense\": syntax error", "nonsense"), [&] { store->runSqlEx("nonsense"); });
     logged({failed("0 >= strSql.length()"), trace("<any>")}, [&] { store->runSqlEx(""); });
     EXPECT_EQ("Unknow Error!!", sqlErrorText(store));
 }
@@ -224,7 +213,7 @@ LOGGED_TEST(Execute, AViolatedConstraintIsReportedWithSqlitesText)
     const std::string sql = "INSERT INTO " + store.name() + " (age) VALUES (1)";
     EXPECT_SILENT(1, store->runSqlEx(sql));
     const std::string text = "UNIQUE constraint failed: " + store.name() + ".age";
-    EXPECT_LOGS(-1, store->runSqlEx(sql), finalFailure(sql, text));
+    EXPECT_LOGS(-1, store->runSqlEx(sql), refusedBySqlite(text, sql));
     EXPECT_EQ(text, sqlErrorText(store));
 }
 
@@ -254,7 +243,7 @@ LOGGED_TEST(Execute, ACallbackThatStopsTheQueryIsFinalWhateverErrnoHolds)
             return ++state.rows == 2 ? -1 : 0;
         };
         const std::string sql = "SELECT 1 UNION SELECT 2 UNION SELECT 3";
-        EXPECT_LOGS(-1, store->runSqlEx(sql, stopAtSecond, &seen), finalFailure(sql, "query aborted"));
+        EXPECT_LOGS(-1, store->runSqlEx(sql, stopAtSecond, &seen), refusedBySqlite("query aborted", sql));
         EXPECT_EQ(2, seen.rows);
         EXPECT_TRUE(watch.pauses().empty());
         EXPECT_EQ("query aborted", sqlErrorText(store));

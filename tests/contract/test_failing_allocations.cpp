@@ -97,9 +97,7 @@ struct Stage
     {
         std::string result = in.toStyledString() + in2.toStyledString() + out.toStyledString() + text + "\n" + text2;
         for (const std::string& item : list)
-        {
             result += "\n" + item;
-        }
         return result;
     }
 
@@ -390,13 +388,9 @@ Ending callQuietly(const Operation& operation, Stage& stage, Shortage* shortage 
         exception = "an exception that is not documented";
     }
     if (shortage != nullptr)
-    {
         shortage->end();
-    }
     if (exception != nullptr)
-    {
         ending.exception = exception;
-    }
     return ending;
 }
 
@@ -420,9 +414,7 @@ bool isDocumented(const Ending& ending, Allocator allocator)
 void expectUsable(Stage& stage)
 {
     if (!stage.api)
-    {
         stage.api.emplace(stage.database.handle(), stage.name, stage.definition, stage.create);
-    }
     ASSERT_EQ(0, stage.api->tableCreate());
     const std::vector<std::string> before = stage.content();
     Json::Value nothing;
@@ -435,9 +427,7 @@ void expectUsable(Stage& stage)
     ASSERT_EQ(0, stage.api->recCreate(probe, stored));
     Json::Value expected = probe;
     for (const char* const member : {"flag", "list", "note"})
-    {
         expected[member] = stage.definition[stage.name]["member"][member]["cppDefaultValue"];
-    }
     EXPECT_EQ(expected.toStyledString(), stored.toStyledString());
     std::string name = probe["name"].asString();
     EXPECT_EQ(1, stage.api->recDeleteByName(name, "name"));
@@ -472,9 +462,7 @@ public:
         for (long nth = 1; nth <= mostAllocations; ++nth)
         {
             if (!round(allocator, failure, nth))
-            {
                 return nth - 1;
-            }
             if (testing::Test::HasFailure())
             {
                 ADD_FAILURE() << "in " << m_operation.name << ", " << allocator << ", " << failure << ", allocation "
@@ -501,9 +489,7 @@ private:
     {
         long before[3] = {};
         for (const Allocator each : allAllocators)
-        {
             before[static_cast<int>(each)] = faults::outstanding(each);
-        }
         bool struck = false;
         {
             const std::unique_ptr<Stage> stage = prepared();
@@ -516,9 +502,7 @@ private:
             EXPECT_EQ(SQLITE_OK, stage->database.close());
         }
         for (const Allocator each : allAllocators)
-        {
             EXPECT_EQ(before[static_cast<int>(each)], faults::outstanding(each)) << "leaked from " << each;
-        }
         return struck;
     }
 
@@ -567,12 +551,8 @@ std::vector<Operation> operationsNamed(const std::vector<std::string>& names)
     for (const std::string& name : names)
     {
         for (const Operation& operation : operations)
-        {
             if (operation.name == name)
-            {
                 result.push_back(operation);
-            }
-        }
     }
     return result;
 }
@@ -607,9 +587,7 @@ FirstCall callFirst(const Operation& operation, Allocator allocator, Failure fai
 {
     FirstCall report = {};
     for (const Allocator each : allAllocators)
-    {
         report.kept[static_cast<int>(each)] = -faults::outstanding(each);
-    }
     {
         Stage stage(newName());
         stage.api.emplace(stage.database.handle(), stage.name, stage.definition, stage.create);
@@ -626,9 +604,7 @@ FirstCall callFirst(const Operation& operation, Allocator allocator, Failure fai
                   VORN_JSON_DB::recType(stage.definition, stage.name).toStyledString());
     }
     for (const Allocator each : allAllocators)
-    {
         report.kept[static_cast<int>(each)] += faults::outstanding(each);
-    }
     report.passed = !testing::Test::HasFailure();
     return report;
 }
@@ -720,12 +696,8 @@ TEST(FailingAllocators, FailWhereTheyAreTold)
 TEST(FailingAllocationsOfAFirstCall, LeaveNothingPartial)
 {
     for (const Failure failure : allFailures)
-    {
         for (const Operation& operation : operationsNamed({"recSaveOfANewRow"}))
-        {
             expectGoodFirstCalls(operation, callFirstOfProcess, Allocator::OperatorNew, failure);
-        }
-    }
 }
 
 TEST_P(FailingAllocationsOfAFirstLookUp, LeaveNoPartialTypes)
@@ -734,12 +706,8 @@ TEST_P(FailingAllocationsOfAFirstLookUp, LeaveNoPartialTypes)
     for (const Allocator allocator : {Allocator::OperatorNew, Allocator::Malloc})
     {
         for (const Failure failure : allFailures)
-        {
             if (faults::isReplaced(allocator))
-            {
                 expectGoodFirstCalls(GetParam(), callFirst, allocator, failure);
-            }
-        }
     }
 }
 
@@ -752,12 +720,8 @@ TEST_P(FailingAllocations, LoseNothing)
     for (const Allocator allocator : allAllocators)
     {
         for (const Failure failure : allFailures)
-        {
             if (faults::isReplaced(allocator))
-            {
                 std::cout << allocator << ", " << failure << ": " << rounds.run(allocator, failure) << "\n";
-            }
-        }
     }
 }
 

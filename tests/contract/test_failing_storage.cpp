@@ -71,18 +71,12 @@ std::vector<Case> cases()
     for (const bool stays : {false, true})
     {
         for (const char* const mode : {"delete", "truncate", "wal"})
-        {
             for (const Fault& fault : rollbackFaults)
-            {
                 result.push_back({mode, fault, stays});
-            }
-        }
         result.push_back({"delete", deleteFault, stays});
         result.push_back({"truncate", truncateFault, stays});
         for (const Fault& fault : walFaults)
-        {
             result.push_back({"wal", fault, stays});
-        }
     }
     return result;
 }
@@ -158,9 +152,7 @@ const Change changes[] = {
      [](Rows& rows, int id)
      {
          for (auto& [key, text] : rows)
-         {
              text = key > 1 ? record(id)["text"].asString() : text;
-         }
      }},
     {"delete",
      [](VornJsonDbApi& api, int)
@@ -225,9 +217,7 @@ protected:
         EXPECT_TRUE(result >= 0 || !texts.empty()) << "failed without a line in the log";
         const std::vector<std::string>& known = GetParam().fault.texts;
         for (const std::string& text : texts)
-        {
             EXPECT_TRUE(std::find(known.begin(), known.end(), text) != known.end()) << text;
-        }
         return result;
     }
 

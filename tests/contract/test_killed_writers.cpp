@@ -9,13 +9,12 @@
 
 #include <chrono>
 #include <csignal>
-#include <cstdlib>
 #include <map>
-#include <random>
 #include <thread>
 
 #include "child_process.h"
 #include "faulty_vfs.h"
+#include "random.h"
 #include "store.h"
 
 using namespace support;
@@ -52,9 +51,7 @@ protected:
         const Database database(m_file.path());
         if (database.run("pragma cache_size = 5; pragma wal_autocheckpoint = 10; pragma journal_mode = " +
                          GetParam()) != SQLITE_OK)
-        {
             return 1;
-        }
         VornJsonDbApi api(database.handle(), m_name, m_definition, m_create);
         afterOpening();
         for (int id = firstId; id < firstId + count; ++id)
@@ -64,9 +61,7 @@ protected:
             in["text"] = textOf(id);
             Json::Value out;
             if (api.recCreate(in, out) != 0 || !ChildProcess::send(report, id))
-            {
                 return 1;
-            }
         }
         return 0;
     }
@@ -83,9 +78,7 @@ protected:
         EXPECT_EQ(std::vector<std::string>{"ok"}, database.rows("pragma integrity_check"));
         std::map<int, std::string> found;
         for (const std::string& row : database.rows("select id, text from records"))
-        {
             EXPECT_TRUE(found.emplace(std::stoi(row), row.substr(row.find('|') + 1)).second) << "twice: " << row;
-        }
         if (found.size() == m_records.size() + 1)
         {
             ++m_unacknowledged;
@@ -116,24 +109,16 @@ protected:
     int m_unacknowledged = 0;
 };
 
-unsigned chosenSeed()
-{
-    const char* const given = std::getenv("VORN_TEST_SEED");
-    return given != nullptr ? static_cast<unsigned>(std::strtoul(given, nullptr, 10)) : std::random_device()();
-}
-
 }  // namespace
 
 TEST_P(KilledWriters, AtAnyMomentLoseNoAcknowledgedRecord)
 {
-    const unsigned seed = chosenSeed();
-    std::cout << "VORN_TEST_SEED=" << seed << std::endl;
-    std::mt19937 random(seed);
+    Random random;
     makeTable();
     int acknowledged = 0;
     for (int kills = 0; kills < randomKills && !HasFailure(); ++kills)
     {
-        SCOPED_TRACE("VORN_TEST_SEED=" + std::to_string(seed) + ", kill " + std::to_string(kills));
+        SCOPED_TRACE("VORN_TEST_SEED=" + std::to_string(random.seed()) + ", kill " + std::to_string(kills));
         ChildProcess writer(
             [&](int report)
             {
@@ -144,17 +129,15 @@ TEST_P(KilledWriters, AtAnyMomentLoseNoAcknowledgedRecord)
             });
         // After some acknowledged records, or none yet, and a moment of the length of a few creates.
         int last = 0;
-        for (auto wanted = random() % mostAwaited; wanted > 0; --wanted)
+        for (auto wanted = random.below(mostAwaited); wanted > 0; --wanted)
         {
             ASSERT_TRUE(writer.receive(last));
             ++acknowledged;
         }
-        std::this_thread::sleep_for(std::chrono::microseconds(random() % (last == 0 ? 10000 : 1500)));
+        std::this_thread::sleep_for(std::chrono::microseconds(random.below(last == 0 ? 10000 : 1500)));
         writer.kill();
         while (writer.receive(last))
-        {
             ++acknowledged;
-        }
         EXPECT_EQ(-SIGKILL, writer.wait());
         expectNothingLost(last);
     }

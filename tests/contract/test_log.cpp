@@ -246,9 +246,7 @@ TEST_F(LogTest, LoggingLeavesErrnoAsItWas)
 TEST_F(LogTest, StandardOutputIsNeverFlushed)
 {
     if (isatty(STDOUT_FILENO) != 0)
-    {
         GTEST_SKIP() << "the C library itself flushes a terminal's lines";
-    }
     blLogToStdout = true;
     LogCapture capture;
     writeFailureLine(m_store);
@@ -264,9 +262,7 @@ TEST_F(LogTest, TheHostsSyslogConnectionIsLeftAlone)
 {
     const LogCapture capture;
     for (const Kind& kind : kinds)
-    {
         kind.write(m_store);
-    }
     EXPECT_EQ(0, g_openedOrClosed);
 }
 

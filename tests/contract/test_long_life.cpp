@@ -202,9 +202,7 @@ private:
     void replace()
     {
         if (m_records.empty())
-        {
             return create();
-        }
         const auto known = anyRecord();
         Json::Value inOut = record(known->first);
         const Json::Value in = inOut;
@@ -216,9 +214,7 @@ private:
     void createWithATakenKey()
     {
         if (m_records.empty())
-        {
             return create();
-        }
         Json::Value in = record(anyRecord()->first);
         Json::Value out;
         m_api->setErrMsg("");
@@ -233,9 +229,7 @@ private:
         Json::Value out;
         ASSERT_EQ(m_records.empty() ? 0 : 1, m_api->recGetOne(filter, out));
         if (!m_records.empty())
-        {
             EXPECT_EQ(m_records[out["id"].asInt()].count, out["count"].asInt64());
-        }
     }
 
     void list()
@@ -249,9 +243,7 @@ private:
     void update()
     {
         if (m_records.empty())
-        {
             return create();
-        }
         const auto known = anyRecord();
         Json::Value filter;
         filter["name"] = known->second.name;
@@ -264,9 +256,7 @@ private:
     void updateToATakenName()
     {
         if (m_records.size() < 2)
-        {
             return create();
-        }
         const auto known = anyRecord();
         const auto other = known == m_records.begin() ? std::next(known) : m_records.begin();
         Json::Value filter;
@@ -279,9 +269,7 @@ private:
     void deleteByName()
     {
         if (m_records.empty())
-        {
             return create();
-        }
         const auto known = anyRecord();
         std::string name = known->second.name;
         ASSERT_EQ(1, m_api->recDeleteByName(name, "name"));
@@ -373,9 +361,7 @@ TEST(LongLife, HoldsNoMoreInTheEndThanAtTheStart)
         LogCapture lines;
         life.open();
         for (long n = 0; n < operationsOfAnObject && !HasFailure(); ++n)
-        {
             life.operate();
-        }
         lines.stop();
         std::cout << lines.standardOutput();  // what GoogleTest has written in between
         done += operationsOfAnObject;
@@ -386,29 +372,21 @@ TEST(LongLife, HoldsNoMoreInTheEndThanAtTheStart)
     const auto sample = [&]
     {
         for (Life& life : lives)
-        {
             life.empty();
-        }
         all.push_back(sampleAfter(done));
     };
 
     sample();
     for (long i = 0; i < objectsAtFirst; ++i)
-    {
         for (Life& life : lives)
-        {
             work(life);
-        }
-    }
     sample();
     const long atFirst = done;
     for (long i = 1; i <= samples && !HasFailure(); ++i)
     {
         const long until = atFirst + (operations - atFirst) * i / samples;
         while (done < until && !HasFailure())
-        {
             work(lives[static_cast<size_t>(random() % 3)]);
-        }
         sample();
     }
     ASSERT_FALSE(HasFailure());

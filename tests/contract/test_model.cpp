@@ -7,23 +7,17 @@
 
 #include <cstdlib>
 #include <iostream>
-#include <random>
 
 #include "log_capture.h"
 #include "model_case.h"
 #include "model_comparison.h"
+#include "random.h"
 
 using model::Comparison;
 using support::LogCapture;
 
 namespace
 {
-
-std::uint64_t seedOfThisRun()
-{
-    const char* const given = std::getenv("VORN_TEST_SEED");
-    return given ? std::strtoull(given, nullptr, 10) : std::random_device()();
-}
 
 std::uint64_t casesOfThisRun()
 {
@@ -40,9 +34,7 @@ std::vector<std::string> refusedTexts(const LogCapture& capture)
         const std::string mark = " run sql failed, ";
         const std::size_t at = line.message.find(mark);
         if (at != std::string::npos && !line.located)
-        {
             out.push_back(line.message.substr(at + mark.size()));
-        }
     }
     return out;
 }
@@ -81,9 +73,7 @@ std::string differenceIn(const model::Case& example, Tally& tally)
         difference = comparison.differenceIn(example.steps[i]);
         tally.kinds[static_cast<std::size_t>(comparison.lastKind())]++;
         if (comparison.lastKind() == Comparison::Kind::Result && comparison.lastStatus() >= 0)
-        {
             tally.succeeded[static_cast<std::size_t>(example.steps[i].call)]++;
-        }
     }
     capture.stop();
     const std::vector<std::string> refused = refusedTexts(capture);
@@ -95,9 +85,9 @@ std::string differenceIn(const model::Case& example, Tally& tally)
 
 TEST(Model, LibraryAgreesOnRandomCases)
 {
-    const std::uint64_t seed = seedOfThisRun();
+    const std::uint64_t seed = support::Random().seed();
     const std::uint64_t caseCount = casesOfThisRun();
-    std::cout << "VORN_TEST_SEED=" << seed << " VORN_TEST_CASES=" << caseCount << std::endl;
+    std::cout << "VORN_TEST_CASES=" << caseCount << std::endl;
     ASSERT_GT(caseCount, 0u);
     RecordProperty("seed", std::to_string(seed));
 
@@ -120,8 +110,6 @@ TEST(Model, LibraryAgreesOnRandomCases)
 
     // The cases are worth comparing: every call succeeds often, and few are left out.
     for (std::size_t call = 0; call < model::kCallCount && failures == 0; call++)
-    {
         EXPECT_GT(tally.succeeded[call], caseCount / 50) << model::kCallShapes[call].szName;
-    }
     EXPECT_LT(tally.of(Comparison::Kind::Unknown), compared / 20);
 }

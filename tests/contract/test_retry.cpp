@@ -30,9 +30,7 @@ ExpectedLines retryLines(int count, const std::string& errnoThen, const std::str
 {
     ExpectedLines lines;
     for (int i = 0; i < count; ++i)
-    {
         lines.push_back(debug(retryLine(i, errnoThen, errorText, sql)));
-    }
     return lines;
 }
 
@@ -85,8 +83,15 @@ void PrintTo(const Holder& holder, std::ostream* out)
     *out << holder.name;
 }
 
+// A store on a file that another can lock, made before the file is opened here.
 class LockedByOther : public testing::TestWithParam<Holder>
 {
+protected:
+    TempFile m_file;
+    std::unique_ptr<WriteLock> m_lock = GetParam().make(m_file.path());
+    std::shared_ptr<Database> m_database = std::make_shared<Database>(m_file.path());
+    Store m_store{members, "", m_database};
+    const std::string m_insert = "INSERT INTO " + m_store.name() + " VALUES (1)";
 };
 
 }  // namespace
@@ -94,109 +99,64 @@ class LockedByOther : public testing::TestWithParam<Holder>
 // Nothing here depends on the speed of the machine: the other side lets go during the tenth pause.
 TEST_P(LockedByOther, AWriteSucceedsAtTheAttemptAfterTheLockIsReleased)
 {
-    const TempFile file;
-    const std::unique_ptr<WriteLock> lock = GetParam().make(file.path());
-    Store store(members, "", std::make_shared<Database>(file.path()));
-    const std::string sql = "INSERT INTO " + store.name() + " VALUES (1)";
     size_t rows = 0;
     forEachLogMode(
         [&]
         {
-            lock->take();
-            const SleepWatch watch(SleepWatch::Pause::Skipped,
-                                   [&](int count)
-                                   {
-                                       if (count == 10)
-                                       {
-                                           lock->release();
-                                       }
-                                   });
-            EXPECT_LOGS(1, store->runSqlEx(sql), retryLines(10, "<number>", "database is locked", sql));
+            m_lock->take();
+            const SleepWatch watch(SleepWatch::Pause::Skipped, 10, [&] { m_lock->release(); });
+            EXPECT_LOGS(1, m_store->runSqlEx(m_insert), retryLines(10, "<number>", "database is locked", m_insert));
             EXPECT_EQ(std::vector<unsigned>(10, pause10ms), watch.pauses());
-            EXPECT_EQ(++rows, store.rows().size());
+            EXPECT_EQ(++rows, m_store.rows().size());
         });
 }
 
 TEST_P(LockedByOther, ARecordIsCreatedAndReadBackOnceTheLockIsReleased)
 {
-    const TempFile file;
-    const std::unique_ptr<WriteLock> lock = GetParam().make(file.path());
-    Store store(members, "", std::make_shared<Database>(file.path()));
-    lock->take();
-    const SleepWatch watch(SleepWatch::Pause::Skipped,
-                           [&](int count)
-                           {
-                               if (count == 3)
-                               {
-                                   lock->release();
-                               }
-                           });
+    m_lock->take();
+    const SleepWatch watch(SleepWatch::Pause::Skipped, 3, [&] { m_lock->release(); });
     Json::Value record = json(R"({"age": 5})");
     Json::Value stored;
-    EXPECT_SILENT(0, store->recCreate(record, stored));
+    EXPECT_SILENT(0, m_store->recCreate(record, stored));
     EXPECT_EQ(record, stored);
-    EXPECT_EQ(std::vector<std::string>{"5"}, store.rows());
+    EXPECT_EQ(std::vector<std::string>{"5"}, m_store.rows());
 }
 
 TEST_P(LockedByOther, ALockOfAHundredMillisecondsIsWaitedOut)
 {
-    const TempFile file;
-    const std::unique_ptr<WriteLock> lock = GetParam().make(file.path());
-    Store store(members, "", std::make_shared<Database>(file.path()));
-    lock->take();
+    m_lock->take();
     // Ten real pauses are 100 ms.
-    const SleepWatch watch(SleepWatch::Pause::Real,
-                           [&](int count)
-                           {
-                               if (count == 11)
-                               {
-                                   lock->release();
-                               }
-                           });
-    EXPECT_SILENT(1, store->runSqlEx("INSERT INTO " + store.name() + " VALUES (1)"));
+    const SleepWatch watch(SleepWatch::Pause::Real, 11, [&] { m_lock->release(); });
+    EXPECT_SILENT(1, m_store->runSqlEx(m_insert));
     EXPECT_EQ(11U, watch.pauses().size());
 }
 
 TEST_P(LockedByOther, AfterFiveHundredAttemptsTheWriteFails)
 {
-    const TempFile file;
-    const std::unique_ptr<WriteLock> lock = GetParam().make(file.path());
-    Store store(members, "", std::make_shared<Database>(file.path()));
-    const std::string sql = "INSERT INTO " + store.name() + " VALUES (1)";
     const std::string text = "database is locked";
-    lock->take();
+    m_lock->take();
     forEachLogMode(
         [&]
         {
             const SleepWatch watch(SleepWatch::Pause::Skipped);
-            const StatementLog statements(store.db());
-            EXPECT_LOGS(-1, store->runSqlEx(sql), retryLines(500, "<number>", text, sql),
-                        finalLines(500, "<number>", text, sql));
+            const StatementLog statements(m_store.db());
+            EXPECT_LOGS(-1, m_store->runSqlEx(m_insert), retryLines(500, "<number>", text, m_insert),
+                        finalLines(500, "<number>", text, m_insert));
             EXPECT_EQ(std::vector<unsigned>(500, pause10ms), watch.pauses());
-            EXPECT_EQ(std::vector<std::string>(500, sql), statements.statements());
+            EXPECT_EQ(std::vector<std::string>(500, m_insert), statements.statements());
         });
-    lock->release();
-    EXPECT_SILENT(1, store->runSqlEx(sql));
-    EXPECT_EQ(1U, store.rows().size());
+    m_lock->release();
+    EXPECT_SILENT(1, m_store->runSqlEx(m_insert));
+    EXPECT_EQ(1U, m_store.rows().size());
 }
 
 TEST_P(LockedByOther, ATableIsCreatedOnceTheLockIsReleased)
 {
-    const TempFile file;
-    const std::unique_ptr<WriteLock> lock = GetParam().make(file.path());
-    const auto database = std::make_shared<Database>(file.path());
-    lock->take();
-    const SleepWatch watch(SleepWatch::Pause::Skipped,
-                           [&](int count)
-                           {
-                               if (count == 2)
-                               {
-                                   lock->release();
-                               }
-                           });
-    std::string created = logged({}, [&] { return Store(members, "", database).name(); });
+    m_lock->take();
+    const SleepWatch watch(SleepWatch::Pause::Skipped, 2, [&] { m_lock->release(); });
+    std::string created = logged({}, [&] { return Store(members, "", m_database).name(); });
     EXPECT_EQ(2U, watch.pauses().size());
-    EXPECT_TRUE(database->rows("select * from " + created).empty());
+    EXPECT_TRUE(m_database->rows("select * from " + created).empty());
 }
 
 INSTANTIATE_TEST_SUITE_P(Retry, LockedByOther,

@@ -170,9 +170,7 @@ TEST(Rows, EveryTypeConvertsTheTextOfItsColumn)
         for (const Conversion& conversion : conversions())
         {
             if (conversion.type != std::string(type))
-            {
                 continue;
-            }
             SCOPED_TRACE(std::string(type) + " from \"" + conversion.text + "\"");
             ++tried;
             Row row{{"m", conversion.text}};
@@ -403,9 +401,7 @@ TEST(Rows, EveryQueryUsesTheTypesOfItsOwnObjectsTable)
     makeCurrent(texts);
     Json::Value rows;
     for (Store* const store : {&numbers, &texts, &numbers})
-    {
         EXPECT_SILENT(0, (*store)->runSqlEx("SELECT 7 AS m", VornJsonDbApi::DbCallBackFillList, &rows));
-    }
     EXPECT_EQ(json(R"([{"m": 7}, {"m": "7"}, {"m": 7}])"), rows);
 }
 

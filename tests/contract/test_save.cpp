@@ -4,6 +4,7 @@
 
 #include <gtest/gtest.h>
 
+#include "failures.h"
 #include "log_capture.h"
 #include "store.h"
 
@@ -16,26 +17,11 @@ const char* const members = R"({"id": {"cpptype": "int"}, "name": {"cpptype": "s
 const char* const columns = "id INTEGER PRIMARY KEY, name";
 const char* const types = R"({"id":{"cpptype":"int"},"name":{"cppDefaultValue":"none","cpptype":"string"}})";
 
+const char* const valuesFail = "0 > SqlExpandMemberSymbol(strSql, jRecInOut)";
+
 int save(Store& store, Json::Value& record, bool create, const ExpectedLines& lines = {})
 {
     return logged(lines, [&] { return store->recSave(record, create); });
-}
-
-std::string readBack(Store& store)
-{
-    return ";select * from " + store.name() + " where rowid == last_insert_rowid();";
-}
-
-// The executor's lines about a statement that SQLite refused, then those of the save.
-ExpectedLines refusedLines(const std::string& sql, const std::string& text, bool create, const std::string& record,
-                           const std::string& typeMap)
-{
-    return {trace("i=0,errno=<number>, run sql failed, error=" + text + ", sql=" + sql),
-            debug("run sql fail, err=" + text),
-            failed("0 > runSqlEx(strSql, DbCallBackFillList, &jArrayTmp)"),
-            trace(std::string("blCreate=") + (create ? "1" : "0") + ", jRecInOut=" + record),
-            trace("jType=" + typeMap),
-            trace("sql error, err=" + text + ", sql=" + sql)};
 }
 
 }  // namespace
@@ -106,15 +92,15 @@ LOGGED_TEST(Save, TypesThatRowsCannotHoldAreWrittenButNotHandedBack)
         Store store(R"({"m": {"cpptype": ")" + type + R"("}})");
         Json::Value record = json(R"({"m": 2})");
         const std::string value = type == "float" || type == "double" ? "2.000000" : "2";
-        const std::string sql = "INSERT INTO " + store.name() + " (m) VALUES (" + value + ") " + readBack(store);
+        const std::string sql = saveSql("INSERT", store.name(), "(m) VALUES (" + value + ") ");
         EXPECT_EQ(-1, save(store, record, true,
                            ExpectedLines{error("type error, strType=" + type),
                                          failed("0 > (iTmp = DbCallBackFillField(*pjRec, column_name, "
                                                 "column_value, i))"),
                                          failed("0 > DbCallBackFillRec(&jTmp, n_column, column_value, "
                                                 "column_name)")} +
-                               refusedLines(sql, "query aborted", true, R"({"m":2})",
-                                            R"({"m":{"cpptype":")" + type + R"("}})")));
+                               saveRefused(sql, "query aborted", true, R"({"m":2})",
+                                           R"({"m":{"cpptype":")" + type + R"("}})")));
         EXPECT_EQ(json(R"({"m": 2})"), record);
         EXPECT_EQ(1U, store.rows().size());
     }
@@ -125,10 +111,10 @@ LOGGED_TEST(Save, ADuplicateKeyFailsWithoutAMessage)
     Store store(members, columns);
     Json::Value record = json(R"({"id": 7, "name": "x"})");
     EXPECT_EQ(0, save(store, record, true));
-    const std::string sql = "INSERT INTO " + store.name() + " (id,name) VALUES (7,'x') " + readBack(store);
+    const std::string sql = saveSql("INSERT", store.name(), "(id,name) VALUES (7,'x') ");
     EXPECT_EQ(-1, save(store, record, true,
-                       refusedLines(sql, "UNIQUE constraint failed: " + store.name() + ".id", true,
-                                    R"({"id":7,"name":"x"})", types)));
+                       saveRefused(sql, "UNIQUE constraint failed: " + store.name() + ".id", true,
+                                   R"({"id":7,"name":"x"})", types)));
     EXPECT_EQ(json(R"({"id": 7, "name": "x"})"), record);
     EXPECT_EQ("", store->getErrMsg());
 }
@@ -139,10 +125,9 @@ LOGGED_TEST(Save, WithoutTheDefinitionsLastMemberSqliteRejectsTheText)
     for (const bool create : {true, false})
     {
         Json::Value record = json(R"({"id": 7, "other": "é"})");
-        const std::string sql = std::string(create ? "INSERT" : "REPLACE") + " INTO " + store.name() +
-                                " (id,) VALUES (7," + readBack(store);
+        const std::string sql = saveSql(create ? "INSERT" : "REPLACE", store.name(), "(id,) VALUES (7,");
         EXPECT_EQ(-1, save(store, record, create,
-                           refusedLines(sql, "near \")\": syntax error", create, R"({"id":7,"other":"é"})", types)));
+                           saveRefused(sql, "near \")\": syntax error", create, R"({"id":7,"other":"é"})", types)));
         EXPECT_EQ(json(R"({"id": 7, "other": "é"})"), record);
     }
     EXPECT_TRUE(store.rows().empty());
@@ -154,8 +139,8 @@ LOGGED_TEST(Save, AnEmptyRecordIsRejectedBySqlite)
     for (const char* const text : {"{}", "null"})
     {
         Json::Value record = json(text);
-        const std::string sql = "INSERT INTO " + store.name() + " () VALUES (" + readBack(store);
-        EXPECT_EQ(-1, save(store, record, true, refusedLines(sql, "near \")\": syntax error", true, text, types)));
+        const std::string sql = saveSql("INSERT", store.name(), "() VALUES (");
+        EXPECT_EQ(-1, save(store, record, true, saveRefused(sql, "near \")\": syntax error", true, text, types)));
         EXPECT_EQ(json(text), record);
     }
 }
@@ -167,12 +152,10 @@ LOGGED_TEST(Save, ARefusedValueFailsBeforeAnyStatement)
     for (const bool create : {true, false})
     {
         Json::Value record = json(R"({"m": {"a": 1}, "n": 2})");
-        EXPECT_EQ(
-            -1,
-            save(store, record, create,
-                 {error("cannot support this type=Json::Value"), failed("0 > SqlExpandMemberSymbol(strSql, jRecInOut)"),
-                  trace(std::string("blCreate=") + (create ? "1" : "0") + R"(, jRecInOut={"m":{"a":1},"n":2})"),
-                  trace(R"(jType={"m":{"cpptype":"Json::Value"},"n":{"cpptype":"int"}})")}));
+        EXPECT_EQ(-1, save(store, record, create,
+                           linesOf(error("cannot support this type=Json::Value"),
+                                   saveFailed(valuesFail, create, R"({"m":{"a":1},"n":2})",
+                                              R"({"m":{"cpptype":"Json::Value"},"n":{"cpptype":"int"}})"))));
         EXPECT_EQ(json(R"({"m": {"a": 1}, "n": 2})"), record);
     }
     EXPECT_TRUE(statements.statements().empty());
@@ -186,10 +169,10 @@ LOGGED_TEST(Save, AMemberWithoutAKnownTypeFailsBeforeAnyStatement)
     ignored.stop();
     const StatementLog statements(store.db());
     Json::Value record = json(R"({"alpha": 1, "gamma": 3})");
-    EXPECT_EQ(-1, save(store, record, true,
-                       {failed("!jType.isMember(strKey)"), failed("0 > SqlExpandMemberSymbol(strSql, jRecInOut)"),
-                        trace(R"(blCreate=1, jRecInOut={"alpha":1,"gamma":3})"),
-                        trace(R"(jType={"alpha":{"cpptype":"int"}})")}));
+    EXPECT_EQ(
+        -1, save(store, record, true,
+                 linesOf(failed("!jType.isMember(strKey)"),
+                         saveFailed(valuesFail, true, R"({"alpha":1,"gamma":3})", R"({"alpha":{"cpptype":"int"}})"))));
     EXPECT_TRUE(statements.statements().empty());
 }
 
@@ -203,14 +186,13 @@ LOGGED_TEST(Save, ADefinitionWithoutTheTableWritesAnEmptyList)
     VornJsonDbApi api(database.handle(), name, definition, create);
     const ExpectedLine nameLine = inUtil(trace("strJsonName=" + name));
     const ExpectedLine cacheLine = inUtil(trace("jType=<any>"));
-    const std::string sql =
-        "INSERT INTO " + name + " () VALUES (;select * from " + name + " where rowid == last_insert_rowid();";
+    const std::string sql = saveSql("INSERT", name, "() VALUES (");
     Json::Value record = json(R"({"a": 1})");
     EXPECT_LOGS(-1, api.recSave(record, true), inUtil(failed("!jTableDef.isMember(strJsonName)")), nameLine,
                 inUtil(trace(R"(jTableDef={"other":1})")), cacheLine,
                 inUtil(failed("jType[strJsonName].type() != Json::objectValue")), nameLine,
                 inUtil(trace("jTableDef=<any>")), cacheLine,
-                refusedLines(sql, "near \")\": syntax error", true, R"({"a":1})", "null"));
+                saveRefused(sql, "near \")\": syntax error", true, R"({"a":1})", "null"));
     EXPECT_EQ(json(R"({"a": 1})"), record);
 }
 
@@ -234,9 +216,8 @@ LOGGED_TEST(Save, ARowThatCannotBeReadBackFailsAlthoughItWasWritten)
     ASSERT_EQ(SQLITE_OK, store.db().run("CREATE TRIGGER moved AFTER INSERT ON " + table + " BEGIN UPDATE " + table +
                                         " SET id = id + 100; END"));
     Json::Value record = json(R"({"id": 7, "name": "x"})");
-    EXPECT_EQ(-1, save(store, record, true,
-                       {failed("0 == jArrayTmp.size()"), trace(R"(blCreate=1, jRecInOut={"id":7,"name":"x"})"),
-                        trace(std::string("jType=") + types)}));
+    EXPECT_EQ(-1,
+              save(store, record, true, saveFailed("0 == jArrayTmp.size()", true, R"({"id":7,"name":"x"})", types)));
     EXPECT_EQ(json(R"({"id": 7, "name": "x"})"), record);
     EXPECT_EQ(std::vector<std::string>{"107|x"}, store.rows());
 }
@@ -261,14 +242,10 @@ TEST(Save, ATableWithoutRowidCannotBeReadBack)
     Json::Value definition = definitionOf(name, json(R"({"id": {"cpptype": "int"}})"));
     std::string create = "CREATE TABLE " + name + " (id INTEGER PRIMARY KEY) WITHOUT ROWID";
     VornJsonDbApi api(database.handle(), name, definition, create);
-    const std::string sql =
-        "INSERT INTO " + name + " (id) VALUES (7) ;select * from " + name + " where rowid == last_insert_rowid();";
+    const std::string sql = saveSql("INSERT", name, "(id) VALUES (7) ");
     Json::Value record = json(R"({"id": 7})");
     EXPECT_LOGS(-1, api.recSave(record, true),
-                trace("i=0,errno=<number>, run sql failed, error=no such column: rowid, sql=" + sql),
-                failed("0 > runSqlEx(strSql, DbCallBackFillList, &jArrayTmp)"),
-                trace(R"(blCreate=1, jRecInOut={"id":7})"), trace(R"(jType={"id":{"cpptype":"int"}})"),
-                trace("sql error, err=no such column: rowid, sql=" + sql));
+                saveRefused(sql, "no such column: rowid", true, R"({"id":7})", R"({"id":{"cpptype":"int"}})"));
     EXPECT_EQ(1U, database.rows("select * from " + name).size());
 }
 
@@ -276,13 +253,13 @@ TEST(Save, AColumnThatTheDefinitionLacksFailsTheReadBack)
 {
     Store store(R"({"id": {"cpptype": "int"}})", "id, other");
     Json::Value record = json(R"({"id": 7})");
-    const std::string sql = "INSERT INTO " + store.name() + " (id) VALUES (7) " + readBack(store);
+    const std::string sql = saveSql("INSERT", store.name(), "(id) VALUES (7) ");
     EXPECT_EQ(-1, save(store, record, true,
                        ExpectedLines{failed("!jType.isMember(strName)"),
                                      failed("0 > (iTmp = DbCallBackFillField(*pjRec, column_name, column_value, i))"),
                                      trace("column_name[1]=other"), trace("column_value[1]=(null)"),
                                      failed("0 > DbCallBackFillRec(&jTmp, n_column, column_value, column_name)")} +
-                           refusedLines(sql, "query aborted", true, R"({"id":7})", R"({"id":{"cpptype":"int"}})")));
+                           saveRefused(sql, "query aborted", true, R"({"id":7})", R"({"id":{"cpptype":"int"}})")));
     EXPECT_EQ(json(R"({"id": 7})"), record);
     EXPECT_EQ(std::vector<std::string>{"7|NULL"}, store.rows());
 }

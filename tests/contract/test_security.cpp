@@ -270,9 +270,7 @@ TEST_F(Security, S15_NamesThatAreNotDeclared)
     EXPECT_EQ(1, store->recDelete(filter));
     ASSERT_EQ(5u, log.statements().size());
     for (const std::string& statement : log.statements())
-    {
         EXPECT_EQ(std::string::npos, statement.find("99")) << statement;
-    }
 }
 
 TEST_F(Security, S16_SortKeys)
@@ -410,7 +408,5 @@ TEST_F(Security, S25_LinesOfADuplicate)
     update.stop();
     EXPECT_EQ(6u, update.syslogCalls().size());
     for (const support::SyslogCall& call : update.syslogCalls())
-    {
         EXPECT_EQ(LOG_ERR, call.priority);
-    }
 }

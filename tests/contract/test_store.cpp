@@ -69,17 +69,11 @@ LOGGED_TEST(Store, EveryBadArgumentOfAConstructionIsLogged)
 
         ExpectedLines expected;
         if ((bad & 1) != 0)
-        {
             expected.push_back(trace("Failed [!pDb]"));
-        }
         if ((bad & 2) != 0)
-        {
             expected.push_back(trace("Failed [strName.empty()]"));
-        }
         if ((bad & 4) != 0)
-        {
             expected.push_back(trace("Failed [jTableDef.empty()]"));
-        }
         if ((bad & 8) != 0)
         {
             expected.push_back(trace("Failed [strSqlCreate.empty()]"));

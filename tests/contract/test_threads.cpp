@@ -42,16 +42,12 @@ void inThreads(const std::function<void(int thread)>& body)
             {
                 ++ready;
                 while (ready < threadCount)
-                {
                     std::this_thread::yield();
-                }
                 body(i);
             });
     }
     for (std::thread& thread : threads)
-    {
         thread.join();
-    }
 }
 
 void runInThread(const std::function<void()>& body)
@@ -109,9 +105,7 @@ TEST(Threads, UseAStoreOfTheirOwnInTurn)
             {
                 const std::lock_guard<std::mutex> lock(mutex);
                 if (i % 50 == 0)
-                {
                     store.emplace(members, columns);  // a new table: its types are looked up for the first time
-                }
                 useStore(*store, thread * rounds + i);
             }
             const std::lock_guard<std::mutex> lock(mutex);
@@ -124,9 +118,7 @@ TEST(Threads, HandAStoreOverWithItsConnection)
     std::optional<Store> store;
     runInThread([&] { store.emplace(members, columns); });
     for (int i = 0; i < 10; ++i)
-    {
         runInThread([&] { useStore(*store, i); });
-    }
     LogCapture capture;
     runInThread([&] { EXPECT_EQ(-1, store->operator->()->runSqlEx("no statement")); });
     runInThread([&] { store->operator->()->setErrMsg("from another thread"); });
@@ -190,13 +182,9 @@ TEST(Threads, DISABLED_UseStoresAtOnce)
         [&]
         {
             for (int i = 0; i < rounds; ++i)
-            {
                 static_cast<void>(second->runSqlEx("select 1"));
-            }
         });
     for (int i = 0; i < rounds; ++i)
-    {
         static_cast<void>(first->runSqlEx("select 1"));
-    }
     other.join();
 }

@@ -66,9 +66,7 @@ REPLACES_C_LIBRARY time_t time(time_t* out) noexcept
 {
     const time_t now = g_clock ? *g_clock : original<time_t(time_t*)>(timeName)(nullptr);
     if (out != nullptr)
-    {
         *out = now;
-    }
     return now;
 }
 
@@ -84,15 +82,11 @@ REPLACES_C_LIBRARY tm* localtime_r(const time_t* stamp, tm* out) noexcept
 REPLACES_C_LIBRARY size_t strftime(char* out, size_t size, const char* format, const tm* time) noexcept
 {
     if (g_strftimeFails)
-    {
         return 0;
-    }
     if (!g_strftimeText.empty())
     {
         if (g_strftimeText.size() >= size)
-        {
             return 0;
-        }
         return g_strftimeText.copy(out, size);
     }
     return original<size_t(char*, size_t, const char*, const tm*)>("strftime")(out, size, format, time);
@@ -210,18 +204,14 @@ TEST_F(Times, NamesOfDaysAndMonthsFollowTheLocaleOfTheProcess)
     const char* const locales[] = {"de_DE.UTF-8", "de_DE.utf8", "de_DE", "fr_FR.UTF-8", "fr_FR.utf8", "es_ES.utf8"};
     bool found = false;
     for (const char* const locale : locales)
-    {
         found = found || setlocale(LC_TIME, locale) != nullptr;
-    }
     // The installed locale must have names of its own.
     char expected[100] = "";
     const time_t stamp = summer;
     tm parts{};
     std::strftime(expected, sizeof expected, "%a, %d %b %Y %T GMT", gmtime_r(&stamp, &parts));
     if (!found || expected == std::string("Wed, 03 Jul 2024 09:46:40 GMT"))
-    {
         GTEST_SKIP() << "no locale with other names is installed";
-    }
     EXPECT_EQ(0, convert2ReadableTime(summer, out, 3));
     EXPECT_EQ(expected, out);
 }
@@ -254,13 +244,9 @@ TEST_F(Times, StampThatCannotBeConvertedIsRefused)
         [&]
         {
             for (const int type : {1, 3, 5, 7, 9})
-            {
                 EXPECT_LOGS(-1, convert2ReadableTime(0, out, type), utc);
-            }
             for (const int type : {0, 2, 4, 6, 8})
-            {
                 EXPECT_LOGS(-1, convert2ReadableTime(0, out, type), local);
-            }
         });
     EXPECT_EQ("before", out);
 }
@@ -294,13 +280,9 @@ TEST_F(Times, FormatThatGivesNoTextIsRefused)
         [&]
         {
             for (const int type : {2, 3, 6, 7})
-            {
                 EXPECT_LOGS(-1, convert2ReadableTime(0, out, type), gmt);
-            }
             for (const int type : {4, 5})
-            {
                 EXPECT_LOGS(-1, convert2ReadableTime(0, out, type), plain);
-            }
         });
     EXPECT_EQ("before", out);
 }

@@ -68,9 +68,7 @@ std::vector<Sample> samples()
         {R"({"a":1})", Accepts::Object},
     };
     for (const Text& each : texts)
-    {
         list.push_back({json(each.text), each.text, each.kind});
-    }
     return list;
 }
 

@@ -35,9 +35,7 @@ std::string compact(const Json::Value& value)
 std::string withName(std::string text, const std::string& name)
 {
     for (size_t at = text.find("\"T\""); at != std::string::npos; at = text.find("\"T\""))
-    {
         text.replace(at, 3, "\"" + name + "\"");
-    }
     return text;
 }
 

@@ -133,9 +133,7 @@ LOGGED_TEST_F(Update, ByWhereRefusesAnEmptyConditionBeforeAnEmptyRecord)
     EXPECT_LOGS(-1, byWhere("{}", ""), failed("strSqlWhere.empty()"), trace("jRecIn={}"));
     EXPECT_LOGS(-1, byWhere(R"({"owner": "b"})", ""), failed("strSqlWhere.empty()"), trace(R"(jRecIn={"owner":"b"})"));
     for (const char* const empty : {"{}", "null", "[]"})
-    {
         EXPECT_LOGS(-1, byWhere(empty, "1"), failed("jRecIn.empty()"), trace(std::string("jRecIn=") + empty));
-    }
     EXPECT_TRUE(log.statements().empty());
 }
 
@@ -300,17 +298,7 @@ TEST_F(Update, ValuesThatAreNoObjectRaiseInByWhere)
 {
     const StatementLog log(store.db());
     for (const char* const values : {"[1]", R"("owner")", "5", "true"})
-    {
-        try
-        {
-            byWhere(values, "1");
-            ADD_FAILURE() << values;
-        }
-        catch (const Json::LogicError& error)
-        {
-            EXPECT_STREQ("in Json::Value::removeMember(): requires objectValue", error.what()) << values;
-        }
-    }
+        EXPECT_THROW(byWhere(values, "1"), Json::Exception) << values;
     EXPECT_TRUE(log.statements().empty());
 }
 

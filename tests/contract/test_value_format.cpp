@@ -53,9 +53,7 @@ protected:
             draw(kind, prefix, record);
             std::unique_ptr<Store>& store = stores[kind.type];
             if (!store)
-            {
                 store = std::make_unique<Store>(memberList({"string", kind.type}));
-            }
             try
             {
                 const auto expected = model::valueList(prefix, {{"a", "string"}, {"b", kind.type}}, record);
@@ -71,7 +69,7 @@ protected:
         EXPECT_LT(rounds / 4 * 3, compared);
     }
 
-    Random m_random;
+    RandomFormat m_random;
 };
 
 }  // namespace

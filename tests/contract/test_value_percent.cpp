@@ -5,6 +5,7 @@
 #include <gtest/gtest.h>
 
 #include "random_format.h"
+#include "texts.h"
 
 using namespace support;
 
@@ -16,75 +17,15 @@ namespace
 // through.
 constexpr sqlite3_int64 heapForTexts = sqlite3_int64{4} * 1024 * 1024;
 
-const char* const hostile[] = {
-    "%",
-    "%%",
-    "%%%",
-    "%5%",
-    "%-",
-    "%s",
-    "%d",
-    "%f",
-    "50% off",
-    "%s%s%n%p",
-    "%.*s",
-    "%*d",
-    "%*.*f",
-    "%2000000000d",
-    "%z",
-    "%zzz",
-    "%n",
-    "%n%n%n%n",
-    "%lln",
-    "%c",
-    "%T",
-    "%S",
-    "%r",
-    "%p",
-    "%q",
-    "%Q",
-    "%w",
-    "%!.9s",
-    "%,d",
-    "%.2000000000s",
-    "%-*z",
-    "%99999999999d",
-    "%.*f",
-    "%e%E%g%G",
-    "%x%X%o%u",
-    "%i",
-    "%lllld",
-    "%l",
-    "%ll",
-    "%.",
-    "%#!0+- ,5.5d",
-    "\xff%\xff",
-    "%é",
-    "%'",
-    "'%s'%s'%s'",
-    "%d%d%d%d%d%d%d%d%d%d%d%d",
-    "%s%n%z%s%n%z%s%n%z",
-    "%hd",
-    "%jd",
-    "%1$s",
-    "%a",
-    "%m",
-    "%C",
-};
+const std::vector<std::string> hostile = textsOf(
+    "%|%%|%%%|%5%|%-|%s|%d|%f|50% off|%s%s%n%p|%.*s|%*d|%*.*f|%2000000000d|%z|%zzz|%n|%n%n%n%n|%lln|%c|%T|%S|%r|"
+    "%p|%q|%Q|%w|%!.9s|%,d|%.2000000000s|%-*z|%99999999999d|%.*f|%e%E%g%G|%x%X%o%u|%i|%lllld|%l|%ll|%.|"
+    "%#!0+- ,5.5d|\xff%\xff"
+    "|%é|%'|'%s'%s'%s'|%d%d%d%d%d%d%d%d%d%d%d%d|%s%n%z%s%n%z%s%n%z|%hd|%jd|%1$s|%a|%m|%C");
 
-const char* const everyType[] = {"string",
-                                 "int",
-                                 "long long",
-                                 "long",
-                                 "bool",
-                                 "unsigned",
-                                 "unsigned int",
-                                 "unsigned long long",
-                                 "unsigned long",
-                                 "float",
-                                 "double",
-                                 "Json::objectValue",
-                                 "Json::arrayValue"};
+const std::vector<std::string> everyType = textsOf(
+    "string|int|long long|long|bool|unsigned|unsigned int|unsigned long long|unsigned long|float|double|"
+    "Json::objectValue|Json::arrayValue");
 
 Json::Value sampleOf(const std::string& type, const std::string& string)
 {
@@ -231,14 +172,14 @@ TEST(ValuePercent, AWidthBeyondSqlitesLimitThrowsAndLeavesTheTextAsItWas)
 TEST(ValuePercent, HostileTextsNeverReachMemory)
 {
     const sqlite3_int64 limitBefore = sqlite3_hard_heap_limit64(sqlite3_memory_used() + heapForTexts);
-    for (const char* const type : everyType)
+    for (const std::string& type : everyType)
     {
-        for (const char* const last : everyType)
+        for (const std::string& last : everyType)
         {
-            Store store(memberList({"string", type, "Json::arrayValue", last}));
-            for (const char* const each : hostile)
+            Store store(memberList({"string", type.c_str(), "Json::arrayValue", last.c_str()}));
+            for (const std::string& each : hostile)
             {
-                for (const char* const prefix : {"(", each})
+                for (const std::string& prefix : {std::string("("), each})
                 {
                     const Json::Value record =
                         recordOf({each, sampleOf(type, each), sampleOf("Json::", each), sampleOf(last, each)});
@@ -260,7 +201,7 @@ TEST(ValuePercent, RandomTextsNeverReachMemory)
 {
     static const char* const pieces[] = {"%", "%", "%", "l", "*", ".", "-", "!", "12", "5000", "s",    "d", "f",
                                          "n", "z", "q", "Q", "c", "p", "g", "'", "x",  "T",    "\xff", ","};
-    Random random;
+    RandomFormat random;
     Store store(memberList({"string", "int", "string", "double", "unsigned", "Json::objectValue", "string"}));
     static_cast<void>(store.types());
     const sqlite3_int64 usedBefore = sqlite3_memory_used();
@@ -269,9 +210,7 @@ TEST(ValuePercent, RandomTextsNeverReachMemory)
     {
         std::string result;
         for (size_t count = random.below(12); count > 0; --count)
-        {
             result += random.of(pieces);
-        }
         return result;
     };
     for (int round = 0; round < 5000; ++round)

@@ -20,15 +20,11 @@ ChildProcess::ChildProcess(const Body& body)
 
     int ends[2];
     if (pipe(ends) != 0)
-    {
         throw std::runtime_error("cannot make a pipe");
-    }
     std::fflush(stdout);
     m_child = fork();
     if (m_child < 0)
-    {
         throw std::runtime_error("cannot fork");
-    }
     if (m_child == 0)
     {
         prctl(PR_SET_PDEATHSIG, SIGKILL);

@@ -14,9 +14,7 @@ TempFile::TempFile()
 {
     std::string pattern = (std::filesystem::temp_directory_path() / "vornjsondb-test-XXXXXX").string();
     if (mkdtemp(pattern.data()) == nullptr)
-    {
         throw std::runtime_error("cannot make a folder like " + pattern);
-    }
     m_folder = pattern;
     m_path = m_folder + "/records.db";
 }
@@ -49,9 +47,7 @@ int Database::close()
 {
     const int status = sqlite3_close(m_pDb);
     if (status == SQLITE_OK)
-    {
         m_pDb = nullptr;
-    }
     return status;
 }
 
@@ -67,16 +63,12 @@ std::vector<std::string> Database::rows(const std::string& sql) const
     {
         std::string row;
         for (int i = 0; i < count; ++i)
-        {
             row += (i > 0 ? "|" : "") + std::string(values[i] != nullptr ? values[i] : "NULL");
-        }
         static_cast<std::vector<std::string>*>(context)->push_back(row);
         return 0;
     };
     if (sqlite3_exec(m_pDb, sql.c_str(), addRow, &result, nullptr) != SQLITE_OK)
-    {
         throw std::runtime_error(sql + ": " + sqlite3_errmsg(m_pDb));
-    }
     return result;
 }
 

@@ -39,18 +39,14 @@ struct State
     {
         const long left = untilFailure;
         if (left == 0)
-        {
             return false;
-        }
         if (left > 1)
         {
             untilFailure = left - 1;
             return false;
         }
         if (!stays)
-        {
             untilFailure = 0;
-        }
         ++failed;
         return true;
     }
@@ -96,9 +92,7 @@ void* sqliteRealloc(void* pointer, int size)
 const bool g_sqliteReplaced = []
 {
     if (sqlite3_config(SQLITE_CONFIG_GETMALLOC, &g_original) != SQLITE_OK)
-    {
         return false;
-    }
     sqlite3_mem_methods methods = g_original;
     methods.xMalloc = sqliteMalloc;
     methods.xFree = sqliteFree;
@@ -113,9 +107,7 @@ void* operator new(std::size_t size)
 {
     void* const pointer = newState.fails() ? nullptr : std::malloc(size > 0 ? size : 1);
     if (pointer == nullptr)
-    {
         throw std::bad_alloc();
-    }
     return newState.taken(pointer);
 }
 
@@ -140,9 +132,7 @@ State& mallocState = g_states[2];
 void* orNoMemory(void* pointer)
 {
     if (pointer == nullptr)
-    {
         errno = ENOMEM;
-    }
     return pointer;
 }
 
@@ -168,9 +158,7 @@ extern "C"
     void* realloc(void* pointer, size_t size)
     {
         if (mallocState.fails())
-        {
             return orNoMemory(nullptr);
-        }
         void* const moved = __libc_realloc(pointer, size);
         return pointer == nullptr ? mallocState.taken(moved) : moved;
     }

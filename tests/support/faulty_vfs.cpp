@@ -50,13 +50,9 @@ int writeFile(sqlite3_file* pFile, const void* pFrom, int size, sqlite3_int64 of
     const int half = size / 2;
     int status = half > 0 ? real(pFile)->pMethods->xWrite(real(pFile), pBytes, half, offset) : SQLITE_OK;
     if (status == SQLITE_OK)
-    {
         status = g_vfs->ask(Request::Write);
-    }
     if (status == SQLITE_OK)
-    {
         status = real(pFile)->pMethods->xWrite(real(pFile), pBytes + half, size - half, offset + half);
-    }
     return status;
 }
 
@@ -120,9 +116,7 @@ int lockShared(sqlite3_file* pFile, int offset, int count, int flags)
     {
         const int status = g_vfs->ask(Request::SharedLock);
         if (status != SQLITE_OK)
-        {
             return status;
-        }
     }
     return real(pFile)->pMethods->xShmLock(real(pFile), offset, count, flags);
 }
@@ -163,13 +157,9 @@ int openFile(sqlite3_vfs* pVfs, const char* szName, sqlite3_file* pFile, int fla
     pFile->pMethods = nullptr;
     int status = g_vfs->ask(Request::Open);
     if (status == SQLITE_OK)
-    {
         status = real(pVfs)->xOpen(real(pVfs), szName, real(pFile), flags, pFlagsOut);
-    }
     if (status == SQLITE_OK)
-    {
         pFile->pMethods = &fileMethods;
-    }
     return status;
 }
 
@@ -235,9 +225,7 @@ FaultyVfs::FaultyVfs() : m_vfs(), m_pReal(sqlite3_vfs_find(nullptr))
     m_vfs.xGetLastError = lastError;
     g_vfs = this;
     if (sqlite3_vfs_register(&m_vfs, 1) != SQLITE_OK)
-    {
         throw std::runtime_error("cannot register a VFS");
-    }
 }
 
 FaultyVfs::~FaultyVfs()
@@ -272,22 +260,16 @@ int FaultyVfs::ask(Request request)
 {
     const bool meant = request == m_request || (m_request == Request::Any && request != Request::Read);
     if (m_left == 0 || !meant)
-    {
         return SQLITE_OK;
-    }
     if (m_left > 1)
     {
         --m_left;
         return SQLITE_OK;
     }
     if (m_kills)
-    {
         ::kill(getpid(), SIGKILL);
-    }
     if (!m_stays)
-    {
         m_left = 0;
-    }
     m_struck = true;
     return m_status;
 }

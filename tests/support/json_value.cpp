@@ -51,9 +51,7 @@ Json::Value json(const std::string& text)
     Json::Value value;
     std::string errors;
     if (!reader->parse(text.data(), text.data() + text.size(), &value, &errors))
-    {
         throw std::runtime_error("not JSON: " + text + "\n" + errors);
-    }
     return value;
 }
 

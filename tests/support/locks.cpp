@@ -29,9 +29,7 @@ public:
     ~ThreadLock() override
     {
         if (m_thread.joinable())
-        {
             release();
-        }
     }
 
     void take() override
@@ -69,9 +67,7 @@ public:
     {
         int ends[2];
         if (pipe(ends) != 0)
-        {
             throw std::runtime_error("cannot make a pipe");
-        }
         m_child = std::make_unique<faults::ChildProcess>(
             [&](int report)
             {
@@ -99,9 +95,7 @@ private:
         while (read(receive, &request, 1) == 1)
         {
             if (!pDatabase)
-            {
                 pDatabase = std::make_unique<Database>(path);
-            }
             faults::ChildProcess::send(report, pDatabase->run(request == 't' ? takeSql : releaseSql));
         }
         return 0;

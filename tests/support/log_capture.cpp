@@ -80,9 +80,7 @@ namespace support
 LogCapture::LogCapture() : m_pFile(std::tmpfile()), m_savedFd(dup(STDOUT_FILENO))
 {
     if (m_pFile == nullptr || m_savedFd < 0)
-    {
         throw std::runtime_error("cannot redirect standard output");
-    }
     std::fflush(stdout);
     dup2(fileno(m_pFile), STDOUT_FILENO);
     {
@@ -101,9 +99,7 @@ LogCapture::~LogCapture()
 void LogCapture::stop()
 {
     if (!m_running)
-    {
         return;
-    }
     m_running = false;
     std::fflush(stdout);
     dup2(m_savedFd, STDOUT_FILENO);
@@ -119,18 +115,14 @@ void LogCapture::readStandardOutput()
     char buffer[4096];
     size_t got = 0;
     while ((got = std::fread(buffer, 1, sizeof buffer, m_pFile)) > 0)
-    {
         m_standardOutput.append(buffer, got);
-    }
 }
 
 std::vector<LogLine> LogCapture::lines() const
 {
     std::vector<LogLine> result = parseStandardOutput(m_standardOutput);
     for (const SyslogCall& call : m_syslogCalls)
-    {
         result.push_back(parseSyslogCall(call));
-    }
     return result;
 }
 
@@ -138,9 +130,7 @@ std::vector<LogLine> LogCapture::expect(const ExpectedLines& expected, const cha
 {
     stop();
     if (blLogToStdout && !m_syslogCalls.empty())
-    {
         ADD_FAILURE_AT(file, line) << "syslog was called although blLogToStdout is set: " << m_syslogCalls[0].text;
-    }
     if (!blLogToStdout && !m_standardOutput.empty())
     {
         ADD_FAILURE_AT(file, line) << "standard output was written although blLogToStdout is not set:\n"
@@ -149,9 +139,7 @@ std::vector<LogLine> LogCapture::expect(const ExpectedLines& expected, const cha
     std::vector<LogLine> written = lines();
     const std::string difference = compareLines(expected, written);
     if (!difference.empty())
-    {
         ADD_FAILURE_AT(file, line) << difference;
-    }
     return written;
 }
 
@@ -180,9 +168,7 @@ void forEachLogMode(const std::function<void()>& body)
         blDebugOutput = false;
         g_errnoBefore = 0;
         if (testing::Test::HasFatalFailure())
-        {
             return;
-        }
     }
 }
 

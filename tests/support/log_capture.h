@@ -143,10 +143,11 @@ auto logged(const ExpectedLines& expected, Action action, const char* file = __b
 
 // The call's result, and the lines that it causes.
 #define EXPECT_LOGS(result, call, ...) \
-    EXPECT_EQ(result, support::logged(support::linesOf(__VA_ARGS__), [&] { return call; }))
-#define EXPECT_SILENT(result, call) EXPECT_EQ(result, support::logged({}, [&] { return call; }))
+    EXPECT_EQ((result), support::logged(support::linesOf(__VA_ARGS__), [&] { return (call); }))
+#define EXPECT_SILENT(result, call) EXPECT_EQ((result), support::logged({}, [&] { return (call); }))
 
 // A test that runs once for each way in which lines can leave, on one fixture.
+// NOLINTBEGIN(bugprone-macro-parentheses): a class cannot stand in parentheses
 #define LOGGED_TEST_F(Suite, Name)                                                                           \
     class Suite##_##Name final : public Suite                                                                \
     {                                                                                                        \
@@ -168,5 +169,6 @@ auto logged(const ExpectedLines& expected, Action action, const char* file = __b
     static const testing::TestInfo* const Suite##_##Name##_info = testing::RegisterTest(                             \
         #Suite, #Name, nullptr, nullptr, __FILE__, __LINE__, []() -> testing::Test* { return new Suite##_##Name; }); \
     void Suite##_##Name::inThisMode()
+// NOLINTEND(bugprone-macro-parentheses)
 
 #endif  // VORNJSONDB_TESTS_LOG_CAPTURE_H

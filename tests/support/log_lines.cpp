@@ -26,9 +26,7 @@ public:
     bool literal(const std::string& expected)
     {
         if (m_text.compare(m_position, expected.size(), expected) != 0)
-        {
             return false;
-        }
         m_position += expected.size();
         return true;
     }
@@ -73,9 +71,7 @@ bool isErrnoText(const std::string& text)
     {
         std::set<std::string> result;
         for (int number = 0; number < 200; ++number)
-        {
             result.insert(strerror(number));
-        }
         return result;
     }();
     return texts.count(text) == 1;
@@ -85,9 +81,7 @@ bool isErrnoText(const std::string& text)
 bool cutEnd(std::string& message, const std::string& end)
 {
     if (message.size() < end.size() || message.compare(message.size() - end.size(), end.size(), end) != 0)
-    {
         return false;
-    }
     message.erase(message.size() - end.size());
     return true;
 }
@@ -106,24 +100,16 @@ LogLine parseOutputRecord(const std::string& text)
     std::string number;
     Cursor cursor(text);
     if (!cursor.literal(processId() + " ") || !cursor.place(line.file, number) || !cursor.literal(" "))
-    {
         return invalid(text, "does not start with \"(PID) FILE:LINE \"");
-    }
     line.located = cursor.literal("(" + line.file + ":" + number + ")");
     line.message = cursor.rest();
     if (!line.located)
-    {
         return cutEnd(line.message, "\n") ? line : invalid(text, "does not end in a newline");
-    }
     if (!cutEnd(line.message, ")\n\n"))
-    {
         return invalid(text, "a located line does not end in \")\" and two newlines");
-    }
     const size_t open = line.message.rfind('(');
     if (open == std::string::npos || !isErrnoText(line.message.substr(open + 1)))
-    {
         return invalid(text, "a located line does not end in the text of errno");
-    }
     line.errnoText = line.message.substr(open + 1);
     line.message.erase(open);
     return line;
@@ -140,12 +126,8 @@ bool matches(const std::string& pattern, size_t atPattern, const std::string& te
         if (pattern.compare(atPattern, anyText.size(), anyText) == 0)
         {
             for (size_t end = atText; end <= text.size(); ++end)
-            {
                 if (matches(pattern, atPattern + anyText.size(), text, end))
-                {
                     return true;
-                }
-            }
             return false;
         }
         if (pattern.compare(atPattern, anyNumber.size(), anyNumber) == 0)
@@ -153,17 +135,13 @@ bool matches(const std::string& pattern, size_t atPattern, const std::string& te
             Cursor cursor(text, atText);
             std::string digits;
             if (!cursor.number(digits))
-            {
                 return false;
-            }
             atPattern += anyNumber.size();
             atText += digits.size();
             continue;
         }
         if (atText >= text.size() || pattern[atPattern] != text[atText])
-        {
             return false;
-        }
         ++atPattern;
         ++atText;
     }
@@ -197,16 +175,12 @@ LogLine parseSyslogCall(const SyslogCall& call)
 {
     constexpr int logErr = 3;
     if (call.priority != logErr)
-    {
         return invalid(call.text, "priority " + std::to_string(call.priority));
-    }
     LogLine line;
     std::string number;
     Cursor cursor(call.text);
     if (!cursor.place(line.file, number) || !cursor.literal(" " + processId()))
-    {
         return invalid(call.text, "does not start with \"FILE:LINE (PID)\"");
-    }
     line.located = cursor.literal("(" + line.file + ":" + number + ")");
     line.message = cursor.rest();
 
@@ -214,13 +188,9 @@ LogLine parseSyslogCall(const SyslogCall& call)
     const std::string once = "(" + errnoText + ")";
     std::string end = call.errnoThen != 0 ? once : "";
     if (line.located)
-    {
         end = once + "\n" + end;
-    }
     if (!cutEnd(line.message, end))
-    {
         return invalid(call.text, "does not end in \"" + end + "\", errno being " + std::to_string(call.errnoThen));
-    }
     line.errnoText = end.empty() ? "" : errnoText;
     return line;
 }
@@ -229,12 +199,8 @@ std::string compareLines(const ExpectedLines& expected, const std::vector<LogLin
 {
     ExpectedLines due;
     for (const ExpectedLine& line : expected)
-    {
         if (!line.debugOnly || blDebugOutput)
-        {
             due.push_back(line);
-        }
-    }
 
     bool equal = due.size() == written.size();
     std::ostringstream report;
@@ -257,9 +223,7 @@ std::string compareLines(const ExpectedLines& expected, const std::vector<LogLin
             report << "  - " << wanted << '\n';
         }
         if (i < written.size())
-        {
             report << "  + " << written[i] << '\n';
-        }
     }
     return equal ? "" : report.str();
 }
@@ -299,9 +263,7 @@ ExpectedLines operator+(ExpectedLines first, const ExpectedLines& second)
 std::ostream& operator<<(std::ostream& out, const LogLine& line)
 {
     if (!line.problem.empty())
-    {
         return out << "INVALID (" << line.problem << "): " << line.message;
-    }
     return out << (line.located ? "located " : "plain   ") << line.file << ": " << line.message;
 }
 

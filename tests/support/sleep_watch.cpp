@@ -29,9 +29,7 @@ bool SleepWatch::note(unsigned microseconds)
 {
     m_pauses.push_back(microseconds);
     if (m_onSleep)
-    {
         m_onSleep(static_cast<int>(m_pauses.size()));
-    }
     return m_pause == Pause::Real;
 }
 
@@ -40,9 +38,7 @@ bool SleepWatch::note(unsigned microseconds)
 extern "C" __attribute__((visibility("default"))) int usleep(useconds_t microseconds)
 {
     if (support::g_watch != nullptr && !support::g_watch->note(microseconds))
-    {
         return 0;
-    }
     timespec pause = {};
     pause.tv_sec = static_cast<time_t>(microseconds / 1000000);
     pause.tv_nsec = static_cast<long>(microseconds % 1000000) * 1000;

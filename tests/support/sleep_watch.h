@@ -23,6 +23,16 @@ public:
 
     // onSleep is called at every pause with their count so far.
     explicit SleepWatch(Pause pause, std::function<void(int)> onSleep = {});
+    // onSleep is called in that pause only.
+    SleepWatch(Pause pause, int nth, const std::function<void()>& onSleep)
+        : SleepWatch(pause,
+                     [=](int count)
+                     {
+                         if (count == nth)
+                             onSleep();
+                     })
+    {
+    }
     ~SleepWatch();
     SleepWatch(const SleepWatch&) = delete;
     SleepWatch& operator=(const SleepWatch&) = delete;

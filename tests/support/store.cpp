@@ -25,12 +25,8 @@ Store::Store(const std::string& members, const std::string& columns, std::shared
 {
     std::string columnList = columns;
     if (columnList.empty())
-    {
         for (const std::string& member : m_definition[m_name]["member"].getMemberNames())
-        {
             columnList += (columnList.empty() ? "" : ",") + member;
-        }
-    }
     m_createStatement = "CREATE TABLE IF NOT EXISTS " + m_name + " (" + columnList + ")";
     m_api = std::make_unique<VornJsonDbApi>(m_database->handle(), m_name, m_definition, m_createStatement);
 }
