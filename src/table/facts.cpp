@@ -57,25 +57,29 @@ std::string rowidName(sqlite3* pDb, const Definition& definition, const std::vec
     return {};
 }
 
-bool readTriggers(sqlite3* pDb, const Definition& definition, Waiter& waiter, Facts& facts, Status& status)
+// Where the table is, and the version of the schema there: first, so that the facts are never older.
+bool readPlace(sqlite3* pDb, const Definition& definition, Waiter& waiter, Facts& facts, Status& status)
 {
     // A name stands for the table in temp, else for the one in the first database that has it.
-    const auto lookAtTable = [&facts](sqlite3_stmt* pRow)
+    const auto lookAt = [&facts](sqlite3_stmt* pRow)
     {
         const std::string strSchema = columnString(pRow, 0);
         if (facts.strSchema.empty() || strSchema == "temp")
             facts.strSchema = strSchema;
     };
-    if (!eachRow(pDb, "PRAGMA table_list(" + definition.quotedName() + ")", waiter, status, lookAtTable))
-        return false;
-    if (facts.strSchema.empty())
-        return true;
+    return eachRow(pDb, "PRAGMA table_list(" + definition.quotedName() + ")", waiter, status, lookAt) &&
+           (facts.strSchema.empty() || readSchemaVersion(pDb, facts.strSchema, waiter, facts.iVersion, status));
+}
+
+bool readTriggers(sqlite3* pDb, const Definition& definition, Waiter& waiter, Facts& facts, Status& status)
+{
     for (const std::string& strSchema : {facts.strSchema, std::string("temp")})
     {
-        const auto lookAtTrigger = [&facts, &definition](sqlite3_stmt* pRow)
+        const auto lookAt = [&facts, &definition](sqlite3_stmt* pRow)
         { facts.blTriggers = facts.blTriggers || sameName(columnString(pRow, 0), definition.name()); };
-        if (!eachRow(pDb, "SELECT tbl_name FROM " + quoted(strSchema) + ".sqlite_master WHERE type = 'trigger'", waiter,
-                     status, lookAtTrigger))
+        if (!strSchema.empty() &&
+            !eachRow(pDb, "SELECT tbl_name FROM " + quoted(strSchema) + ".sqlite_master WHERE type = 'trigger'", waiter,
+                     status, lookAt))
             return false;
     }
     return true;
@@ -83,11 +87,18 @@ bool readTriggers(sqlite3* pDb, const Definition& definition, Waiter& waiter, Fa
 
 }  // namespace
 
+bool readSchemaVersion(sqlite3* pDb, const std::string& strSchema, Waiter& waiter, std::int64_t& iVersion,
+                       Status& status)
+{
+    return eachRow(pDb, "PRAGMA " + quoted(strSchema) + ".schema_version", waiter, status,
+                   [&iVersion](sqlite3_stmt* pRow) { iVersion = sqlite3_column_int64(pRow, 0); });
+}
+
 bool readFacts(sqlite3* pDb, const Definition& definition, Waiter& waiter, Facts& facts, Status& status)
 {
     Facts read;
     std::vector<TableColumn>& columns = read.columns;
-    if (!readColumns(pDb, definition, waiter, columns, status))
+    if (!readPlace(pDb, definition, waiter, read, status) || !readColumns(pDb, definition, waiter, columns, status))
         return false;
     read.blExists = !columns.empty();
 

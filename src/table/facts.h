@@ -7,6 +7,7 @@
 
 #include <vorn/status.h>
 
+#include <cstdint>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -42,12 +43,17 @@ struct Facts
     std::vector<KeyColumn> key;     // the primary key
     std::string strByRowid;         // " WHERE ..." for one rowid
     std::string strByKey;           // " WHERE ..." for one key; "" where there is none
+    std::int64_t iVersion = 0;      // of that database's schema when the facts were read
     std::string strSchema;          // the database that holds the table: "main", ...
     bool blTriggers = false;        // there may be triggers on the table
     std::vector<bool> fillsItself;  // for each member: the column gives a value where none is given
     std::string strMissing;         // the first declared member without a column, or ""
     bool blExists = false;          // there is a table, a view or a virtual table of that name
 };
+
+// The number that every change of the database's schema moves on.
+bool readSchemaVersion(sqlite3* pDb, const std::string& strSchema, Waiter& waiter, std::int64_t& iVersion,
+                       Status& status);
 
 // Reads them by the connection's view of the schema. False where SQLite fails; a missing table or column is none.
 bool readFacts(sqlite3* pDb, const Definition& definition, Waiter& waiter, Facts& facts, Status& status);

@@ -164,6 +164,8 @@ bool explainRequest(Store& store, const Json::Value& jRequest, Json::Value& jOut
     Json::Value jPlan(Json::objectValue);
     {
         Waiter waiter(store.iLockTimeout);
+        if (store.isOutdated())
+            store.forget();
         if (!store.look(waiter, status))
             return false;
         const std::string strSql = statementText(store, request.shape(StatementKind::Select));

@@ -66,14 +66,10 @@ bool Store::look(Waiter& waiter, Status& status)
     {
         if (blAgain)
             refreshSchema(pDb, definition);
-        StatementPointer pNew;
-        Status unused;  // the facts tell what is wrong
-        prepare(pDb, "SELECT 1 FROM " + definition.quotedName() + " LIMIT 0", waiter, pNew, unused);
         if (!readFacts(pDb, definition, waiter, facts, status))
             return false;
         if (facts.blExists && facts.strMissing.empty())
         {
-            pSentinel = std::move(pNew);
             pFacts = std::make_shared<Facts>(std::move(facts));
             return true;
         }
@@ -83,7 +79,7 @@ bool Store::look(Waiter& waiter, Status& status)
 
 bool Store::isOutdated()
 {
-    if (pFacts == nullptr || pSentinel == nullptr)
+    if (pFacts == nullptr)
         return true;
     if (sqlite3_get_autocommit(pDb) == 0 && sqlite3_txn_state(pDb, nullptr) == SQLITE_TXN_NONE)
     {
@@ -93,8 +89,10 @@ bool Store::isOutdated()
                 return true;
         return false;
     }
-    sqlite3_step(pSentinel.get());
-    return sqlite3_reset(pSentinel.get()) == SQLITE_SCHEMA;
+    Waiter noWaiting(0);
+    Status unused;
+    std::int64_t iVersion = 0;
+    return readSchemaVersion(pDb, pFacts->strSchema, noWaiting, iVersion, unused) && iVersion != pFacts->iVersion;
 }
 
 void Store::forget()
@@ -106,7 +104,6 @@ void Store::forget()
 void Store::release()
 {
     pFacts.reset();
-    pSentinel.reset();
     cache.clear();
 }
 

@@ -30,7 +30,6 @@ struct Store
     StatementCache cache;
     StrictReader strictReader;
     std::shared_ptr<const Facts> pFacts;  // null where they are not known
-    StatementPointer pSentinel;           // as old as the facts: it fails when the schema has changed
     unsigned iSchema = 0;                 // grows with every change of the schema that is noticed
     bool blOwnTransaction = false;        // whether the open transaction is the operation's own
     bool blSavepoint = false;             // whether a savepoint of the operation is open

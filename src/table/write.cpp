@@ -178,6 +178,7 @@ template <typename Attempt>
 bool withFacts(Store& store, Waiter& waiter, Status& status, Attempt attempt)
 {
     constexpr int kTries = 100;
+    const int iAutocommit = sqlite3_get_autocommit(store.pDb);
     for (int i = 0; i < kTries; ++i)
     {
         if (!store.look(waiter, status))
@@ -186,6 +187,8 @@ bool withFacts(Store& store, Waiter& waiter, Status& status, Attempt attempt)
         const unsigned iSchema = store.iSchema;
         if (attempt(*pFacts))
             return true;
+        if (sqlite3_get_autocommit(store.pDb) != iAutocommit)  // SQLite has ended the caller's transaction
+            return false;
         if (store.iSchema == iSchema)
         {
             if (!store.isOutdated())
