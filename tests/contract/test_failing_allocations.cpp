@@ -6,7 +6,6 @@
 
 #include <fcntl.h>
 #include <gtest/gtest.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <functional>
@@ -15,6 +14,7 @@
 #include <sstream>
 #include <stdexcept>
 
+#include "child_process.h"
 #include "failing_allocators.h"
 #include "log_capture.h"
 #include "store.h"
@@ -549,11 +549,9 @@ std::vector<Operation> operationsNamed(const std::vector<std::string>& names)
 {
     std::vector<Operation> result;
     for (const std::string& name : names)
-    {
         for (const Operation& operation : operations)
             if (operation.name == name)
                 result.push_back(operation);
-    }
     return result;
 }
 
@@ -612,23 +610,12 @@ FirstCall callFirst(const Operation& operation, Allocator allocator, Failure fai
 // The same in a process of its own.
 FirstCall callFirstOfProcess(const Operation& operation, Allocator allocator, Failure failure, long nth)
 {
-    int ends[2];
-    EXPECT_EQ(0, pipe(ends));
-    std::fflush(stdout);
-    const pid_t child = fork();
-    if (child == 0)
-    {
-        const FirstCall report = callFirst(operation, allocator, failure, nth);
-        std::fflush(stdout);
-        _exit(write(ends[1], &report, sizeof report) == sizeof report ? 0 : 1);
-    }
-    close(ends[1]);
+    faults::ChildProcess child(
+        [&](int report)
+        { return faults::ChildProcess::send(report, callFirst(operation, allocator, failure, nth)) ? 0 : 1; });
     FirstCall report = {};
-    EXPECT_EQ(static_cast<ssize_t>(sizeof report), read(ends[0], &report, sizeof report));
-    close(ends[0]);
-    int status = -1;
-    EXPECT_EQ(child, waitpid(child, &status, 0));
-    EXPECT_EQ(0, status);
+    EXPECT_TRUE(child.receive(report));
+    EXPECT_EQ(0, child.wait());
     return report;
 }
 
@@ -704,11 +691,9 @@ TEST_P(FailingAllocationsOfAFirstLookUp, LeaveNoPartialTypes)
 {
     callFirst(GetParam(), Allocator::OperatorNew, Failure::Once, mostAllocations);
     for (const Allocator allocator : {Allocator::OperatorNew, Allocator::Malloc})
-    {
         for (const Failure failure : allFailures)
             if (faults::isReplaced(allocator))
                 expectGoodFirstCalls(GetParam(), callFirst, allocator, failure);
-    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, FailingAllocationsOfAFirstLookUp, testing::ValuesIn(operationsThatLookUpTypes()),
@@ -718,11 +703,9 @@ TEST_P(FailingAllocations, LoseNothing)
 {
     const Rounds rounds(GetParam(), [] { return std::make_unique<Stage>("stage"); });
     for (const Allocator allocator : allAllocators)
-    {
         for (const Failure failure : allFailures)
             if (faults::isReplaced(allocator))
                 std::cout << allocator << ", " << failure << ": " << rounds.run(allocator, failure) << "\n";
-    }
 }
 
 INSTANTIATE_TEST_SUITE_P(Operations, FailingAllocations, testing::ValuesIn(operations),
