@@ -361,6 +361,7 @@ const std::vector<Cell> kCells = {
     {kReals, "''", nullptr},
     {kReals, "'zq7x'", nullptr},
     {kReals, "x'31'", nullptr},
+    {kReals, "9e999", nullptr},
     {{"string"}, "5", R"("5")"},
     {{"string"}, "1.5", R"("1.5")"},
     {{"string"}, "x'6162'", R"("ab")"},
