@@ -201,6 +201,8 @@ public:
                                               Json::Value& jParamOut);
 
 private:
+    int execute(const std::string& strSql, int (*callback)(void*, int, char**, char**) = nullptr,
+                void* pContext = nullptr);
     const Json::Value& definedMembers();
     int save(Json::Value& jRecInOut, bool blCreate, Json::Value& jStored);
     int select(Json::Value& jRecParam, const Json::Value& jRecArrayOut, int (*callback)(void*, int, char**, char**),

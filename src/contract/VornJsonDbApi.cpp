@@ -101,6 +101,11 @@ bool isLocked(const char* szErr)
 // NOLINTNEXTLINE(performance-unnecessary-value-param): the signature is settled
 int VornJsonDbApi::runSqlEx(std::string strSql, RowCallback callback, void* pContext)
 {
+    return execute(strSql, callback, pContext);
+}
+
+int VornJsonDbApi::execute(const std::string& strSql, RowCallback callback, void* pContext)
+{
     constexpr int kMaxAttempts = 500;
     constexpr useconds_t kPauseMicroseconds = 10000;
 
@@ -183,7 +188,7 @@ void VornJsonDbApi::setErrMsg(std::string strErrMsg)
 
 int VornJsonDbApi::tableCreate()
 {
-    if (0 <= runSqlEx(m_strSqlCreate))
+    if (0 <= execute(m_strSqlCreate))
         return 0;
 
     VORN_ERROR("create table failed, sql=%s", m_strSqlCreate.c_str());
@@ -250,6 +255,17 @@ struct FirstRow
     }
 };
 
+// Sets the members of jTo as copying those of jFrom over them would. The names of jFrom, which DbCallBackFillRec()
+// filled, are static.
+void moveMembers(Json::Value& jFrom, Json::Value& jTo)
+{
+    if (jTo.empty())
+        jTo.swapPayload(jFrom);
+    else
+        for (auto it = jFrom.begin(); it != jFrom.end(); ++it)
+            jTo[Json::StaticString(nameOf(it).data())] = std::move(*it);
+}
+
 }  // namespace
 
 int VornJsonDbApi::DbCallBackFillList(void* pContext, int n_column, char** column_value, char** column_name)
@@ -309,6 +325,20 @@ int VornJsonDbApi::DbCallBackFillField(Json::Value& jRec, char** column_name, ch
 }
 
 // Defaults and type check
+
+namespace
+{
+
+bool lacksDefault(const Schema& schema, const Json::Value& jRec)
+{
+    RecordCursor record(jRec);
+    for (const Member& member : schema.members())
+        if (member.blHasDefault && record.find(member.name) == nullptr)
+            return true;
+    return false;
+}
+
+}  // namespace
 
 int VornJsonDbApi::fillDefaultValue(Json::Value& jParam, bool blRequireAll)
 {
@@ -410,14 +440,15 @@ struct Column
 
 std::vector<Column> columnsOf(const Json::Value& jMembers, const Json::Value& jRec)
 {
-    RecordCursor record(jRec.isObject() ? jRec : Json::Value::nullSingleton());
+    const bool blRecord = jRec.isObject();
+    RecordCursor record(jRec);
     std::vector<Column> columns;
     columns.reserve(jMembers.size());
     const auto itEnd = jMembers.end();
     for (auto it = jMembers.begin(); it != itEnd; ++it)
     {
         const std::string_view name = nameOf(it);
-        columns.push_back({name, record.find(name)});
+        columns.push_back({name, blRecord ? record.find(name) : nullptr});
     }
     return columns;
 }
@@ -712,7 +743,7 @@ int VornJsonDbApi::save(Json::Value& jRecInOut, bool blCreate, Json::Value& jSto
             return false;
         appendAll(strSql, {";select * from ", m_strName, " where rowid == last_insert_rowid();"});
         FirstRow stored;
-        if (VORN_FAILED_AS(0 > runSqlEx(strSql, FirstRow::fill, &stored), kNotSavedAndReadBack))
+        if (VORN_FAILED_AS(0 > execute(strSql, FirstRow::fill, &stored), kNotSavedAndReadBack))
             return false;
         if (VORN_FAILED_AS(!stored.blFound, kNothingReadBack))
             return false;
@@ -727,20 +758,6 @@ int VornJsonDbApi::save(Json::Value& jRecInOut, bool blCreate, Json::Value& jSto
     VORN_TRACE_SQL_ERROR(strSql);
     return -1;
 }
-
-namespace
-{
-
-bool lacksDefault(const Schema& schema, const Json::Value& jRec)
-{
-    RecordCursor record(jRec);
-    for (const Member& member : schema.members())
-        if (member.blHasDefault && record.find(member.name) == nullptr)
-            return true;
-    return false;
-}
-
-}  // namespace
 
 int VornJsonDbApi::recCreate(Json::Value& jRecIn, Json::Value& jRecOut)
 {
@@ -797,7 +814,7 @@ int VornJsonDbApi::select(Json::Value& jRecParam, const Json::Value& jRecArrayOu
         if (!strSql.empty())
             appendAll(strSqlRun, {" WHERE ", strSql});
         appendAll(strSqlRun, {strSqlLimit, ";"});
-        return !VORN_FAILED_AS(0 > runSqlEx(strSqlRun, callback, pContext), kNotListed);
+        return !VORN_FAILED_AS(0 > execute(strSqlRun, callback, pContext), kNotListed);
     };
     if (listed())
         return 0;
@@ -806,22 +823,6 @@ int VornJsonDbApi::select(Json::Value& jRecParam, const Json::Value& jRecArrayOu
     VORN_TRACE_SQL_ERROR(strSqlRun);
     return -1;
 }
-
-namespace
-{
-
-// Sets the members of jTo as copying those of jFrom over them would. The names of jFrom, which DbCallBackFillRec()
-// filled, are static.
-void moveMembers(Json::Value& jFrom, Json::Value& jTo)
-{
-    if (jTo.empty())
-        jTo.swapPayload(jFrom);
-    else
-        for (auto it = jFrom.begin(); it != jFrom.end(); ++it)
-            jTo[Json::StaticString(nameOf(it).data())] = std::move(*it);
-}
-
-}  // namespace
 
 int VornJsonDbApi::recGetOne(Json::Value& jRecParam, Json::Value& jRecOut)
 {
@@ -864,7 +865,7 @@ int VornJsonDbApi::recUpdateByWhere(Json::Value& jRecIn, std::string& strSqlWher
         if (VORN_FAILED(0 > SqlExpandMemberList(jColumnList, strSql2, VORN_SQL_WHERE_TYPE_COMMA)))
             return false;
         appendAll(strSql, {strSql2, " WHERE ", strSqlWhere, ";"});
-        return !VORN_FAILED(0 > runSqlEx(strSql, NULL, NULL));
+        return !VORN_FAILED_AS(0 > execute(strSql), kNotUpdated);
     };
     if (updated())
         return 0;
@@ -912,7 +913,7 @@ int VornJsonDbApi::removeWhere(MakeCondition makeCondition, bool blAllowAll)
             appendAll(strSqlRun, {"DELETE FROM ", m_strName, " ;"});
         else
             appendAll(strSqlRun, {"DELETE FROM ", m_strName, "  WHERE ", strSql, ";"});
-        return !VORN_FAILED(0 > (err = runSqlEx(strSqlRun)));
+        return !VORN_FAILED_AS(0 > (err = execute(strSqlRun)), kNotRun);
     };
     if (removed())
     {

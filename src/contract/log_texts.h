@@ -40,6 +40,8 @@ constexpr const char* kNotSaved = "0 > recSave(jParam, true)";
 constexpr const char* kNotListed = "0 > runSqlEx(strSqlRun, DbCallBackFillList, &jRecArrayOut)";
 constexpr const char* kNoFetchList = "0 > recList(jRecParam, jRecArray)";
 constexpr const char* kNotCopied = "0 > jsonCopyMember(jRecOut, jRecArray[0], true)";
+constexpr const char* kNotUpdated = "0 > runSqlEx(strSql, NULL, NULL)";
+constexpr const char* kNotRun = "0 > (err = runSqlEx(strSqlRun))";
 constexpr const char* kNoDeleteCondition = "0 > SqlExpandMemberList(jRecParam, strSql, VORN_SQL_WHERE_TYPE_AND)";
 constexpr const char* kNotDeleted = "0 > (err = recDelete(jParam))";
 

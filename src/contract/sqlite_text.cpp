@@ -6,10 +6,10 @@
 
 char* escaped(const char* szText)
 {
+    if (std::strlen(szText) > kFitsFormatter)
+        return sqlite3_mprintf("%q", szText);
     std::size_t length = 0;
     escape(szText, [&](std::string_view piece) { length += piece.size(); });
-    if (length > kFitsFormatter)
-        return sqlite3_mprintf("%q", szText);
     auto* const szEscaped = static_cast<char*>(sqlite3_malloc64(length + 1));
     if (szEscaped == nullptr)
         return nullptr;

@@ -43,11 +43,13 @@ struct Conversion
     char type = '\0';     // NUL when the format ends first
 };
 
-const char* skipDigits(const char* sz)
+// Reads the width or the precision at sz.
+const char* readNumber(const char* sz, int& nStars)
 {
-    while (*sz >= '0' && *sz <= '9')
-        ++sz;
-    return sz;
+    if (*sz != '*')
+        return sz + std::strspn(sz, "0123456789");
+    ++nStars;
+    return sz + 1;
 }
 
 // Reads the conversion at szFormat, which points to a '%', and moves szFormat behind it.
@@ -55,29 +57,9 @@ Conversion readConversion(const char*& szFormat)
 {
     Conversion conversion;
     const char* sz = szFormat + 1;
-    sz += std::strspn(sz, "-+ #!0,");
-    if (*sz == '*')
-    {
-        ++conversion.nStars;
-        ++sz;
-    }
-    else
-    {
-        sz = skipDigits(sz);
-    }
+    sz = readNumber(sz + std::strspn(sz, "-+ #!0,"), conversion.nStars);
     if (*sz == '.')
-    {
-        ++sz;
-        if (*sz == '*')
-        {
-            ++conversion.nStars;
-            ++sz;
-        }
-        else
-        {
-            sz = skipDigits(sz);
-        }
-    }
+        sz = readNumber(sz + 1, conversion.nStars);
     while (*sz == 'l' && conversion.nLongs < 2)
     {
         ++conversion.nLongs;
@@ -149,62 +131,49 @@ bool appendConversion(std::string& strOut, Conversion conversion, Argument& argu
     for (int i = 0; i < conversion.nStars; ++i)
         stars[i] = static_cast<int>(argument.integer());
 
-    switch (conversion.type)
+    const char type = conversion.type;
+    const auto isOneOf = [type](const char* szTypes) { return type != '\0' && std::strchr(szTypes, type) != nullptr; };
+    if (type == '%')
     {
-        case '%':
-            appendFormatted(strOut, conversion, stars, 0);
-            return true;
-        case 'n':  // would store the length through a pointer: it stores nothing, writes nothing and takes no value
-            return true;
-        case 'd':
-        case 'i':
-        case 'u':
-        case 'x':
-        case 'X':
-        case 'o':
-        case 'r':
-        {
-            const sqlite3_int64 iValue = argument.integer();
-            if (conversion.nLongs == 2)
-                appendFormatted(strOut, conversion, stars, iValue);
-            else if (conversion.nLongs == 1)
-                appendFormatted(strOut, conversion, stars, static_cast<long>(iValue));
-            else
-                appendFormatted(strOut, conversion, stars, static_cast<int>(iValue));
-            return true;
-        }
-        case 'p':
-            appendFormatted(strOut, conversion, stars, static_cast<std::uintptr_t>(argument.integer()));
-            return true;
-        case 'c':
-        {
-            const int iCharacter = static_cast<int>(argument.integer());
-            appendFormatted(strOut, conversion, stars, iCharacter);
-            return iCharacter != 0;
-        }
-        case 'f':
-        case 'e':
-        case 'E':
-        case 'g':
-        case 'G':
-            appendFormatted(strOut, conversion, stars, argument.real());
-            return true;
-        case 'z':  // would free the value: it is written like %s
-            conversion.strText.back() = 's';
-            [[fallthrough]];
-        case 's':
-        case 'q':
-        case 'Q':
-        case 'w':
-            appendFormatted(strOut, conversion, stars, argument.text());
-            return true;
-        case '\0':  // a lone '%' at the end stays
-            if (conversion.strText == "%")
-                strOut += '%';
-            return false;
-        default:
-            return false;
+        appendFormatted(strOut, conversion, stars, 0);
     }
+    else if (isOneOf("diuxXor"))
+    {
+        const sqlite3_int64 iValue = argument.integer();
+        if (conversion.nLongs == 2)
+            appendFormatted(strOut, conversion, stars, iValue);
+        else if (conversion.nLongs == 1)
+            appendFormatted(strOut, conversion, stars, static_cast<long>(iValue));
+        else
+            appendFormatted(strOut, conversion, stars, static_cast<int>(iValue));
+    }
+    else if (type == 'p')
+    {
+        appendFormatted(strOut, conversion, stars, static_cast<std::uintptr_t>(argument.integer()));
+    }
+    else if (type == 'c')
+    {
+        const int iCharacter = static_cast<int>(argument.integer());
+        appendFormatted(strOut, conversion, stars, iCharacter);
+        return iCharacter != 0;
+    }
+    else if (isOneOf("feEgG"))
+    {
+        appendFormatted(strOut, conversion, stars, argument.real());
+    }
+    else if (isOneOf("szqQw"))
+    {
+        if (type == 'z')  // would free the value: it is written like %s
+            conversion.strText.back() = 's';
+        appendFormatted(strOut, conversion, stars, argument.text());
+    }
+    else if (type != 'n')  // that would store the length: it stores nothing, writes nothing and takes no value
+    {
+        if (conversion.strText == "%")  // a lone one at the end stays
+            strOut += '%';
+        return false;
+    }
+    return true;
 }
 
 // What sqlite3_mprintf(szFormat, value) gives, without reaching for arguments that are not there.
@@ -302,29 +271,31 @@ void ValueList::addUnsigned(sqlite3_uint64 uValue)
     addDecimal("%llu", uValue);
 }
 
-void ValueList::addReal(const char* szConversion, double dValue)
+template <typename Value>
+void ValueList::addFormatted(const char* szConversion, Value value)
 {
     if (!m_blPlain)
-        return reformat(szConversion, dValue);
-    const SqliteText szValue(sqlite3_mprintf(szConversion, dValue));
+        return reformat(szConversion, value);
+    const SqliteText szValue(sqlite3_mprintf(szConversion, value));
     append(checked(szValue));
     checkLength();
+    m_blPlain = std::strchr(szValue, '%') == nullptr;
 }
 
 void ValueList::addFloat(float fValue)
 {
-    addReal("%f", static_cast<double>(fValue));
+    addFormatted("%f", static_cast<double>(fValue));
 }
 
 void ValueList::addDouble(double dValue)
 {
-    addReal("%lf", dValue);
+    addFormatted("%lf", dValue);
 }
 
 void ValueList::addQuoted(const char* szValue)
 {
-    if (!m_blPlain)
-        return reformat("%Q", szValue);
+    if (!m_blPlain || std::strlen(szValue) > kFitsFormatter)
+        return addFormatted("%Q", szValue);
     append("'");
     escape(szValue, [this](std::string_view piece) { append(piece); });
     append("'");

@@ -43,7 +43,8 @@ private:
     void reformat(const char* szConversion, Value value);
     template <typename Integer>
     void addDecimal(const char* szConversion, Integer value);
-    void addReal(const char* szConversion, double dValue);
+    template <typename Value>
+    void addFormatted(const char* szConversion, Value value);
 
     std::string_view m_start;
     char* m_szText = nullptr;  // in SQLite's memory, as what its formatter gives; null until the first value

@@ -261,29 +261,21 @@ private:
     bool m_blFits = true;
 };
 
-// Whether the shape of the value takes no more than room bytes, roughly, of which it is subtracted.
-bool isSmall(const Json::Value& jValue, std::ptrdiff_t& room)  // NOLINT(misc-no-recursion): kMaxDepth bounds it
+// Replaces everything but objects and arrays by null. False, early, where the shape takes more than room bytes,
+// roughly.
+bool reduceToShape(Json::Value& jValue, std::ptrdiff_t& room)  // NOLINT(misc-no-recursion): kMaxDepth bounds it
 {
     constexpr std::ptrdiff_t kNode = sizeof(Json::Value) + 16 * sizeof(void*);
     if (!jValue.isObject() && !jValue.isArray())
-        return true;
-    for (auto it = jValue.begin(); it != jValue.end(); ++it)
-    {
-        room -= kNode + (jValue.isObject() ? static_cast<std::ptrdiff_t>(nameOf(it).size()) : 0);
-        if (room < 0 || !isSmall(*it, room))
-            return false;
-    }
-    return true;
-}
-
-// Replaces everything but objects and arrays by null.
-void reduceToShape(Json::Value& jValue)  // NOLINT(misc-no-recursion): the reader's kMaxDepth bounds it
-{
-    if (jValue.isObject() || jValue.isArray())
-        for (Json::Value& jInner : jValue)
-            reduceToShape(jInner);
-    else
         setPayload(jValue, Json::Value());
+    else
+        for (auto it = jValue.begin(); it != jValue.end(); ++it)
+        {
+            room -= kNode + (jValue.isObject() ? static_cast<std::ptrdiff_t>(nameOf(it).size()) : 0);
+            if (room < 0 || !reduceToShape(*it, room))
+                return false;
+        }
+    return true;
 }
 
 }  // namespace
@@ -306,8 +298,9 @@ bool JsonReader::read(std::string_view text, Json::Value& jValue)
     {
         m_iTrust -= 2;
         std::ptrdiff_t room = kMaxKept;
-        setPayload(m_jShape, isSmall(jValue, room) ? jValue : Json::Value());
-        reduceToShape(m_jShape);
+        m_jShape = jValue;
+        if (!reduceToShape(m_jShape, room))
+            m_jShape = Json::Value();
     }
     return true;
 }

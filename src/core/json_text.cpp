@@ -14,6 +14,8 @@ namespace
 void appendQuoted(std::string& strOut, std::string_view text)
 {
     static constexpr char kHexDigits[] = "0123456789abcdef";
+    static constexpr char kSpecial[] = "\"\\\b\f\n\r\t";
+    static constexpr char kLetters[] = "\"\\bfnrt";
 
     strOut += '"';
     const char* const szEnd = text.data() + text.size();
@@ -26,33 +28,11 @@ void appendQuoted(std::string& strOut, std::string_view text)
         strOut.append(szPlain, sz);
         szPlain = sz + 1;
         strOut += '\\';
-        switch (c)
-        {
-            case '\b':
-                strOut += 'b';
-                break;
-            case '\f':
-                strOut += 'f';
-                break;
-            case '\n':
-                strOut += 'n';
-                break;
-            case '\r':
-                strOut += 'r';
-                break;
-            case '\t':
-                strOut += 't';
-                break;
-            case '"':
-            case '\\':
-                strOut += *sz;
-                break;
-            default:
-                strOut += "u00";
-                strOut += kHexDigits[c >> 4];
-                strOut += kHexDigits[c & 15];
-                break;
-        }
+        const char* const szSpecial = c != '\0' ? std::strchr(kSpecial, c) : nullptr;
+        if (szSpecial != nullptr)
+            strOut += kLetters[szSpecial - kSpecial];
+        else
+            strOut.append("u00").append(1, kHexDigits[c >> 4]).append(1, kHexDigits[c & 15]);
     }
     strOut.append(szPlain, szEnd);
     strOut += '"';

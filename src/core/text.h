@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// Appending several pieces to a text at once: all of them, or none when memory runs out.
+// Appending several pieces, of which none is part of the text, at once: all of them, or none when memory runs out.
 
 #ifndef VORN_TEXT_H
 #define VORN_TEXT_H

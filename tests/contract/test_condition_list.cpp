@@ -259,3 +259,43 @@ TEST_F(ConditionList, ConditionSelectsTheRowsThatItDescribes)
     EXPECT_EQ((Rows{"1", "2", "3"}), agesWhere(R"({"name": "a", "age": 1})", joinOr));
     EXPECT_EQ((Rows{"2"}), agesWhere(R"({"name": ["a"], "vornSqlWhereFilter": "age > 1"})", joinAnd));
 }
+
+TEST_F(ConditionList, ItemsThatWereNeverSetCountAsNull)
+{
+    const auto written = [&](const char* name, Json::ArrayIndex index, const Json::Value& item)
+    {
+        Json::Value param;
+        param[name][index] = item;
+        std::string text;
+        EXPECT_EQ(0, store->SqlExpandMemberList(param, text, comma));
+        return text;
+    };
+    EXPECT_EQ("name in ('''x' )", written("name", 1, "x"));
+    EXPECT_EQ(R"(meta in ('null''null''{"a":1}' ))", written("meta", 2, json(R"({"a": 1})")));
+    EXPECT_EQ("age in (7 )", written("age", 1, 7));
+
+    // The row that the condition describes goes, no other.
+    store.db().run("insert into " + store.name() + " (name) values ('x'), ('''x')");
+    Json::Value param;
+    param["name"][1] = "x";
+    EXPECT_EQ(1, store->recDelete(param));
+    EXPECT_EQ(std::vector<std::string>{"x"}, store.db().rows("select name from " + store.name()));
+}
+
+TEST_F(ConditionList, TextsBeyondTheFormattersLimitFailAsWithoutMemory)
+{
+    // Each quote is written twice, and SQLite's limit is 1,000,000,000. The values refer to the text without a copy.
+    std::vector<char> quotes(500000002, '\'');
+    quotes.back() = '\0';
+    Json::Value value{Json::StaticString(quotes.data())};
+    Json::Value list;
+    list.append("x");
+    list.append(value);
+    Json::Value record;
+    record["name"] = value;
+    std::string name = "name";
+    EXPECT_EQ(-1, logged({failed(noMemoryMatch)}, [&] { return store->SqlMakeByMatchField(name, value, out); }));
+    EXPECT_EQ(-1, logged({failed(noMemoryList)}, [&] { return store->SqlMakeByListField("name", list, out); }));
+    EXPECT_THROW(store->SqlExpandMemberSymbol(out, record), std::logic_error);
+    EXPECT_EQ("before", out);
+}

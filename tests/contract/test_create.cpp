@@ -368,3 +368,21 @@ LOGGED_TEST(Create, ANullConnectionFails)
     EXPECT_EQ("before", stored.asString());
     EXPECT_EQ("", api->getErrMsg());
 }
+
+TEST(Create, WhatIsNoRecordAsksForTheTypesTwice)
+{
+    const Database database;
+    std::string name = freshTable();
+    Json::Value definition = json(R"({"other": 1})");
+    std::string create = "CREATE TABLE " + name + " (a)";
+    VornJsonDbApi api(database.handle(), name, definition, create);
+    const ExpectedLines rest{inUtil(trace("strJsonName=" + name)), inUtil(trace(R"(jTableDef={"other":1})")),
+                             inUtil(trace("jType=<any>"))};
+    Json::Value text = "text";
+    Json::Value out;
+    EXPECT_EQ(-1, logged(ExpectedLines{inUtil(failed("!jTableDef.isMember(strJsonName)"))} + rest +
+                             ExpectedLines{inUtil(failed("jType[strJsonName].type() != Json::objectValue"))} + rest +
+                             ExpectedLines{failed("!jRecParam.isObject()"), failed("0 > checkJsonType(jParam)"),
+                                           trace(R"(call create rec, rec="text")")},
+                         [&] { return api.recCreate(text, out); }));
+}

@@ -330,3 +330,17 @@ LOGGED_TEST_F(List, GetOneReportsItsParameterThroughTheListing)
     EXPECT_LOGS(-1, getOne("[]", record), failed(paramKind), trace("jRecParam=[]"), failed(listFails));
     EXPECT_EQ(json("1"), record);
 }
+
+TEST_F(List, GetOneDropsTheCommentOfANullAndKeepsThatOfAnObject)
+{
+    for (const char* const start : {"null", "{}", R"({"name": "old", "other": 1})"})
+    {
+        SCOPED_TRACE(start);
+        Json::Value found = json(start);
+        const bool blObject = found.isObject();
+        found.setComment(std::string("// mine"), Json::commentBefore);
+        EXPECT_EQ(1, getOne("null", found));
+        EXPECT_EQ("Ann", found["name"].asString());
+        EXPECT_EQ(blObject, found.hasComment(Json::commentBefore));
+    }
+}

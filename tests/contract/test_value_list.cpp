@@ -8,6 +8,7 @@
 #include <limits>
 #include <stdexcept>
 
+#include "failures.h"
 #include "log_capture.h"
 #include "store.h"
 
@@ -390,4 +391,16 @@ TEST(ValueList, ManyMembersAreWrittenInOrder)
     }
     Store store(members.toStyledString());
     EXPECT_EQ(expected, values(store, record));
+}
+
+TEST(ValueList, AnUnsupportedTypeIsRefusedWithoutAnyMemory)
+{
+    Store store(R"({"any": {"cpptype": "Json::Value"}, "text": {"cpptype": "string"}})");
+    static_cast<void>(store.types());
+    Json::Value record = json(R"({"any": 1, "text": "x"})");
+    std::string out = "VALUES (";
+    const NoSqliteMemory shortage;
+    EXPECT_EQ(-1, logged({error("cannot support this type=Json::Value")},
+                         [&] { return store->SqlExpandMemberSymbol(out, record); }));
+    EXPECT_EQ("VALUES (", out);
 }

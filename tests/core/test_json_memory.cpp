@@ -75,5 +75,29 @@ TEST_P(JsonMemory, EveryAllocationOfTheReaderMayFail)
     EXPECT_GT(failures, 5);
 }
 
+TEST(JsonMemoryKept, AColumnKeepsLittleOfWhatItRead)
+{
+    Store store(R"({"j": {"cpptype": "Json::Value"}})");
+    const auto keptAfter = [&](const std::string& text)
+    {
+        store.db().run("delete from " + store.name() + "; insert into " + store.name() + " values ('" + text + "')");
+        const long before = faults::outstanding(faults::Allocator::OperatorNew);
+        Json::Value param;
+        Json::Value read;
+        EXPECT_EQ(0, store->recList(param, read));
+        EXPECT_EQ(json(text), read[0]["j"]);
+        read = Json::Value();
+        return faults::outstanding(faults::Allocator::OperatorNew) - before;
+    };
+    std::string numbers = "[0";
+    for (int i = 1; i < 200000; ++i)
+        numbers += ',' + std::to_string(i);
+    const std::string name(100000, 'n');
+    keptAfter("1");  // what is made once
+    EXPECT_GT(100, keptAfter(numbers + "]"));
+    EXPECT_GT(100, keptAfter("{\"" + name + "\": 1}"));
+    EXPECT_LT(0, keptAfter(R"({"a": 1, "b": [2, 3]})"));
+}
+
 INSTANTIATE_TEST_SUITE_P(Allocators, JsonMemory,
                          testing::Values(faults::Allocator::OperatorNew, faults::Allocator::Malloc));
