@@ -10,7 +10,7 @@ namespace bench
 const std::vector<ContestantKind>& contestantKinds()
 {
     static const std::vector<ContestantKind> kinds{
-        {"library", "vornjsondb", openLibrary},
+        {"library", "vornjsondb", [](const std::string& strPath) { return openLibrary(strPath, deviceShape()); }},
         {"percall", "hand-written, prepared per call", openHandWrittenPerCall},
         {"kept", "hand-written, statement kept", openHandWrittenKept},
         {"exec", "hand-written, sqlite3_exec", openHandWrittenExec},

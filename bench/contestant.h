@@ -10,6 +10,7 @@
 
 #include <functional>
 #include <memory>
+#include <stdexcept>
 #include <string>
 #include <vector>
 
@@ -33,11 +34,11 @@ public:
     virtual void give(Input& input) { m_pInput = &input; }
 
     virtual std::size_t list() = 0;
-    virtual std::size_t page(std::size_t offset) = 0;
     virtual std::size_t create(std::size_t i) = 0;  // and get the stored row back
-    virtual std::size_t fetch(std::size_t i) = 0;
-    virtual std::size_t update(std::size_t i) = 0;
-    virtual std::size_t remove(std::size_t i) = 0;
+    virtual std::size_t page(std::size_t /* offset */) { return cannot(); }
+    virtual std::size_t fetch(std::size_t /* i */) { return cannot(); }
+    virtual std::size_t update(std::size_t /* i */) { return cannot(); }
+    virtual std::size_t remove(std::size_t /* i */) { return cannot(); }
 
     // What was read last: an array of records after list() and page(), one record after create() and fetch(). Making
     // it is not measured.
@@ -47,9 +48,25 @@ public:
 protected:
     Input& input() const { return *m_pInput; }
 
+    // Makes the result the array of the records that readRow(record) fills, one for each time that step() is true.
+    template <class Step, class ReadRow>
+    std::size_t readAll(const Step& step, const ReadRow& readRow)
+    {
+        m_jResult = Json::Value(Json::arrayValue);
+        while (step())
+        {
+            Json::Value jRec(Json::objectValue);
+            readRow(jRec);
+            m_jResult.append(std::move(jRec));
+        }
+        return m_jResult.size();
+    }
+
     Json::Value m_jResult;
 
 private:
+    [[noreturn]] static std::size_t cannot() { throw std::logic_error("this contestant does not do that work"); }
+
     Input* m_pInput = nullptr;
 };
 
@@ -67,7 +84,7 @@ const std::vector<ContestantKind>& contestantKinds();
 const ContestantKind& contestantKind(const std::string& strId);
 
 // The contestants, each in a file of its own.
-std::unique_ptr<Contestant> openLibrary(const std::string& strPath);
+std::unique_ptr<Contestant> openLibrary(const std::string& strPath, const Shape& shape);
 std::unique_ptr<Contestant> openHandWrittenPerCall(const std::string& strPath);
 std::unique_ptr<Contestant> openHandWrittenKept(const std::string& strPath);
 std::unique_ptr<Contestant> openHandWrittenExec(const std::string& strPath);
@@ -75,6 +92,9 @@ std::unique_ptr<Contestant> openRaw(const std::string& strPath);
 std::unique_ptr<Contestant> openSqliteCpp(const std::string& strPath);
 std::unique_ptr<Contestant> openSoci(const std::string& strPath);
 std::unique_ptr<Contestant> openPoco(const std::string& strPath);
+
+// Hand-written code for any table: it can only list() and create().
+std::unique_ptr<Contestant> openHandWrittenWide(const std::string& strPath, const Shape& shape);
 
 }  // namespace bench
 

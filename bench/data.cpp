@@ -3,33 +3,27 @@
 #include "data.h"
 
 #include <cstdio>
-#include <memory>
 #include <stdexcept>
 
-#include "json_columns.h"
+#include "statements.h"
 
 namespace bench
 {
 
-namespace
+const Shape& deviceShape()
 {
-
-using Statement = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
-
-Statement prepare(sqlite3* pDb, const char* szSql)
-{
-    sqlite3_stmt* pStatement = nullptr;
-    if (sqlite3_prepare_v2(pDb, szSql, -1, &pStatement, nullptr) != SQLITE_OK)
-        throw std::runtime_error(sqlite3_errmsg(pDb));
-    return Statement(pStatement, sqlite3_finalize);
+    static const Shape shape{kTable,
+                             kCreateTable,
+                             {{"address", "string"},
+                              {"comment", "string"},
+                              {"count", "int"},
+                              {"created", "long long"},
+                              {"enabled", "bool"},
+                              {"limits", "Json::objectValue"},
+                              {"ports", "Json::arrayValue"},
+                              {"serial", "string"}}};
+    return shape;
 }
-
-void bindText(sqlite3_stmt* pStatement, int i, const std::string& strText)
-{
-    sqlite3_bind_text(pStatement, i, strText.data(), static_cast<int>(strText.size()), SQLITE_TRANSIENT);
-}
-
-}  // namespace
 
 std::string keyOf(std::size_t i)
 {
@@ -81,23 +75,35 @@ Input makeInput(const std::vector<std::size_t>& indices)
     return input;
 }
 
+void bindValue(sqlite3_stmt* pStatement, int i, const Json::Value& jValue, JsonColumns& json)
+{
+    if (jValue.isString())
+    {
+        sqlite3_bind_text(pStatement, i, jValue.asCString(), -1, SQLITE_STATIC);
+    }
+    else if (jValue.isArray() || jValue.isObject())
+    {
+        const std::string strText = json.write(jValue);
+        sqlite3_bind_text(pStatement, i, strText.data(), static_cast<int>(strText.size()), SQLITE_TRANSIENT);
+    }
+    else
+    {
+        sqlite3_bind_int64(pStatement, i, jValue.asInt64());
+    }
+}
+
 void fillTable(sqlite3* pDb, std::size_t first, std::size_t count)
 {
     runSql(pDb, kCreateTable);
     runSql(pDb, "BEGIN");
     JsonColumns json;
-    const Statement statement = prepare(pDb, "INSERT INTO device VALUES (?,?,?,?,?,?,?,?)");
+    const Statement statement = prepare(pDb, kInsert);
     for (std::size_t i = first; i < first + count; ++i)
     {
         const Json::Value jRec = recordOf(i);
-        bindText(statement.get(), 1, jRec["address"].asString());
-        bindText(statement.get(), 2, jRec["comment"].asString());
-        sqlite3_bind_int(statement.get(), 3, jRec["count"].asInt());
-        sqlite3_bind_int64(statement.get(), 4, jRec["created"].asInt64());
-        sqlite3_bind_int(statement.get(), 5, jRec["enabled"].asBool() ? 1 : 0);
-        bindText(statement.get(), 6, json.write(jRec["limits"]));
-        bindText(statement.get(), 7, json.write(jRec["ports"]));
-        bindText(statement.get(), 8, jRec["serial"].asString());
+        int column = 0;
+        for (const Json::Value& jValue : jRec)
+            bindValue(statement.get(), ++column, jValue, json);
         if (sqlite3_step(statement.get()) != SQLITE_DONE)
             throw std::runtime_error(sqlite3_errmsg(pDb));
         sqlite3_reset(statement.get());
@@ -114,16 +120,13 @@ void runSql(sqlite3* pDb, const std::string& strSql)
 std::vector<std::string> dumpTable(sqlite3* pDb)
 {
     std::vector<std::string> rows;
-    const Statement statement = prepare(pDb, (std::string(kSelect) + " ORDER BY serial").c_str());
+    const Statement statement = prepare(pDb, VORN_BENCH_SELECT " ORDER BY serial");
     while (sqlite3_step(statement.get()) == SQLITE_ROW)
     {
         std::string strRow;
         for (int i = 0; i < sqlite3_column_count(statement.get()); ++i)
-        {
-            strRow += std::to_string(sqlite3_column_type(statement.get(), i)) + ':';
-            strRow += reinterpret_cast<const char*>(sqlite3_column_text(statement.get(), i));
-            strRow += '|';
-        }
+            strRow +=
+                std::to_string(sqlite3_column_type(statement.get(), i)) + ':' + columnText(statement.get(), i) + '|';
         rows.push_back(std::move(strRow));
     }
     return rows;
@@ -133,16 +136,15 @@ std::string storedRow(const Json::Value& jRec)
 {
     JsonColumns json;
     std::string strRow;
-    const auto add = [&strRow](int storageClass, const std::string& strText)
-    { strRow += std::to_string(storageClass) + ':' + strText + '|'; };
-    add(SQLITE_TEXT, jRec["address"].asString());
-    add(SQLITE_TEXT, jRec["comment"].asString());
-    add(SQLITE_INTEGER, jRec["count"].asString());
-    add(SQLITE_INTEGER, jRec["created"].asString());
-    add(SQLITE_INTEGER, jRec["enabled"].asBool() ? "1" : "0");
-    add(SQLITE_TEXT, json.write(jRec["limits"]));
-    add(SQLITE_TEXT, json.write(jRec["ports"]));
-    add(SQLITE_TEXT, jRec["serial"].asString());
+    for (const Json::Value& jValue : jRec)
+    {
+        const bool blInteger = jValue.isIntegral() || jValue.isBool();
+        strRow += std::to_string(blInteger ? SQLITE_INTEGER : SQLITE_TEXT) + ':';
+        strRow += blInteger           ? std::to_string(jValue.asInt64())
+                  : jValue.isString() ? jValue.asString()
+                                      : json.write(jValue);
+        strRow += '|';
+    }
     return strRow;
 }
 

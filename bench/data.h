@@ -11,29 +11,40 @@
 #include <string>
 #include <vector>
 
+#include "json_columns.h"
+
 namespace bench
 {
 
+// A table with its columns in the order of their names, which is that of a record's members.
+struct Shape
+{
+    struct Column
+    {
+        std::string strName;
+        std::string strType;  // as the library's definitions name it
+    };
+    std::string strTable;
+    std::string strCreate;
+    std::vector<Column> columns;
+};
+
 constexpr const char* kTable = "device";
 constexpr const char* kKey = "serial";
+const Shape& deviceShape();
 
+// The statements of the table device; those with question marks are for code that binds its values.
+#define VORN_BENCH_SELECT "SELECT address,comment,count,created,enabled,limits,ports,serial FROM device"
+#define VORN_BENCH_INSERT "INSERT INTO device (address,comment,count,created,enabled,limits,ports,serial) VALUES "
 constexpr const char* kCreateTable =
     "CREATE TABLE IF NOT EXISTS device (address TEXT NOT NULL, comment TEXT NOT NULL, count INTEGER NOT NULL, "
     "created INTEGER NOT NULL, enabled INTEGER NOT NULL, limits TEXT NOT NULL, ports TEXT NOT NULL, "
     "serial TEXT NOT NULL PRIMARY KEY)";
-
-// Every column, by name: the order of a record's members.
-constexpr const char* kSelect = "SELECT address,comment,count,created,enabled,limits,ports,serial FROM device";
-
-// The statements of code that binds its values.
-constexpr const char* kSelectPage =
-    "SELECT address,comment,count,created,enabled,limits,ports,serial FROM device LIMIT ? OFFSET ?";
-constexpr const char* kSelectStored =
-    "SELECT address,comment,count,created,enabled,limits,ports,serial FROM device WHERE rowid = ?";
-constexpr const char* kSelectKey =
-    "SELECT address,comment,count,created,enabled,limits,ports,serial FROM device WHERE serial = ?";
-constexpr const char* kInsert =
-    "INSERT INTO device (address,comment,count,created,enabled,limits,ports,serial) VALUES (?,?,?,?,?,?,?,?)";
+constexpr const char* kSelect = VORN_BENCH_SELECT;
+constexpr const char* kSelectPage = VORN_BENCH_SELECT " LIMIT ? OFFSET ?";
+constexpr const char* kSelectStored = VORN_BENCH_SELECT " WHERE rowid = ?";
+constexpr const char* kSelectKey = VORN_BENCH_SELECT " WHERE serial = ?";
+constexpr const char* kInsert = VORN_BENCH_INSERT "(?,?,?,?,?,?,?,?)";
 constexpr const char* kUpdate = "UPDATE device SET comment = ?, count = ?, enabled = ? WHERE serial = ?";
 constexpr const char* kDelete = "DELETE FROM device WHERE serial = ?";
 
@@ -67,6 +78,9 @@ struct Input
     std::vector<Json::Value> changes;
 };
 Input makeInput(const std::vector<std::size_t>& indices);
+
+// Binds a member's value to the i-th question mark, whatever its kind. The value must outlive the statement's use.
+void bindValue(sqlite3_stmt* pStatement, int i, const Json::Value& jValue, JsonColumns& json);
 
 // Adds records first to first + count - 1 to the table, which is made where it is missing.
 void fillTable(sqlite3* pDb, std::size_t first, std::size_t count);

@@ -2,25 +2,12 @@
 
 #include "growth.h"
 
+#include <cstdio>
 #include <memory>
-
-#include "measure.h"
-#include "wide.h"
+#include <stdexcept>
 
 namespace bench
 {
-
-const std::vector<std::size_t>& growthRows()
-{
-    static const std::vector<std::size_t> rows{1000, 10000, 100000};
-    return rows;
-}
-
-const std::vector<std::size_t>& growthMembers()
-{
-    static const std::vector<std::size_t> members{4, 16, 64, 256};
-    return members;
-}
 
 std::string lane(const std::string& strId, std::size_t size)
 {
@@ -30,11 +17,21 @@ std::string lane(const std::string& strId, std::size_t size)
 namespace
 {
 
-void enterSizes(const std::string& strId, const std::vector<std::size_t>& sizes,
-                const std::shared_ptr<Worker<Cost>>& worker, std::vector<Lane>& lanes)
+// Enters one lane for each size, all served by one process in which taskOf(size) makes their tasks.
+template <class Sizes, class TaskOf>
+void enter(std::vector<Lane>& lanes, const std::string& strId, const Sizes& sizes, const TaskOf& taskOf)
 {
-    for (std::size_t i = 0; i < sizes.size(); ++i)
-        lanes.push_back({lane(strId, sizes[i]), worker, static_cast<unsigned char>(i)});
+    const auto setUp = [&]
+    {
+        Worker<Cost>::Tasks tasks;
+        for (const std::size_t size : sizes)
+            tasks.push_back(taskOf(size));
+        return tasks;
+    };
+    const auto worker = std::make_shared<Worker<Cost>>(setUp);
+    unsigned char task = 0;
+    for (const std::size_t size : sizes)
+        lanes.push_back({lane(strId, size), worker, task++});
 }
 
 // In a loop of its own a short list would find all its memory in the processor's caches, and a long one never. So each
@@ -57,73 +54,201 @@ Cost listAfterOtherWork(Place& place, Place& other, std::size_t times)
     return sum;
 }
 
-std::size_t repeats(std::size_t rows)
-{
-    return rows < 10000 ? 8 : 1;
-}
-
 }  // namespace
 
-Rounds listByRows(const std::vector<ContestantKind>& kinds, const Effort& effort, std::mt19937& random)
+Rounds listByRows()
 {
     std::vector<Lane> lanes;
-    for (const ContestantKind& kind : kinds)
+    for (const ContestantKind& kind : contestantKinds())
     {
-        const auto setUp = [&]
+        std::shared_ptr<Place> other;  // made in the contestant's process
+        const auto taskOf = [&](std::size_t rows)
         {
-            auto other = std::make_shared<Place>(kind, Setting{false, false, 10000});
-            Worker<Cost>::Tasks tasks;
-            for (const std::size_t rows : growthRows())
-            {
-                auto place = std::make_shared<Place>(kind, Setting{false, false, rows});
-                place->prepare(work("list"), 1);
-                tasks.push_back([place, other, rows] { return listAfterOtherWork(*place, *other, repeats(rows)); });
-            }
-            return tasks;
+            if (!other)
+                other = std::make_shared<Place>(kind, Setting{false, false, 10000});
+            auto place = std::make_shared<Place>(kind, Setting{false, false, rows});
+            place->prepare(work("list"), 1);
+            return [place, other, rows] { return listAfterOtherWork(*place, *other, rows < 10000 ? 8 : 1); };
         };
-        enterSizes(kind.strId, growthRows(), std::make_shared<Worker<Cost>>(setUp), lanes);
+        enter(lanes, kind.strId, kGrowthRows, taskOf);
     }
-    return Rounds(std::move(lanes), effort.rounds, random);
+    return Rounds(std::move(lanes));
 }
 
 namespace
 {
 
-using OpenWide = std::unique_ptr<Wide> (*)(std::size_t members);
+Json::Value valueOf(const std::string& strType, std::size_t row, std::size_t column)
+{
+    const auto n = static_cast<int>(row * 31 + column * 7);
+    if (strType == "string")
+        return "value " + std::to_string(n) + ", the customer's";
+    if (strType == "int")
+        return n;
+    if (strType == "long long")
+        return Json::Int64{1700000000000} + n;
+    if (strType == "bool")
+        return n % 3 != 0;
+    Json::Value jValue(strType == "Json::arrayValue" ? Json::arrayValue : Json::objectValue);
+    for (int i = 0; i < 3; ++i)
+    {
+        if (jValue.isArray())
+            jValue.append(n + i);
+        else
+            jValue["limit" + std::to_string(i)] = n + i;
+    }
+    return jValue;
+}
 
-Rounds byMembers(Cost (Wide::*work)(), const Effort& effort, std::mt19937& random)
+// A table of any number of members, in memory: its types are those of the table device, again and again.
+Shape wideShape(std::size_t members)
+{
+    const std::vector<Shape::Column>& types = deviceShape().columns;
+    Shape shape;
+    shape.strTable = "wide" + std::to_string(members);
+    shape.strCreate = "CREATE TABLE IF NOT EXISTS " + shape.strTable + " (";
+    for (std::size_t i = 0; i < members; ++i)
+    {
+        const std::string& strType = types[i % types.size()].strType;
+        char szName[32];
+        std::snprintf(szName, sizeof szName, "member%03zu", i);
+        const bool blText = strType == "string" || strType.compare(0, 6, "Json::") == 0;
+        shape.strCreate += std::string(szName) + (blText ? " TEXT," : " INTEGER,");
+        shape.columns.push_back({szName, strType});
+    }
+    shape.strCreate.back() = ')';
+    return shape;
+}
+
+using OpenWide = std::unique_ptr<Contestant> (*)(const std::string& strPath, const Shape& shape);
+
+// Creates records of a wide table and lists them, in batches of as many records as hold about kBatchMembers members. A
+// cost's records are members here.
+class Wide
+{
+public:
+    Wide(std::size_t members, OpenWide open)
+        : m_shape(wideShape(members)), m_contestant(open(":memory:", m_shape)), m_members(members)
+    {
+        constexpr std::size_t kBatchMembers = 20000;
+        for (std::size_t row = 0; row < kBatchMembers / members; ++row)
+        {
+            Json::Value jRec;
+            for (std::size_t i = 0; i < members; ++i)
+                jRec[m_shape.columns[i].strName] = valueOf(m_shape.columns[i].strType, row, i);
+            m_input.records.push_back(std::move(jRec));
+        }
+        m_contestant->give(m_input);
+    }
+
+    // Into an empty table.
+    Cost create()
+    {
+        runSql(m_contestant->connection(), "DELETE FROM " + m_shape.strTable);
+        return measured([this] { return createAll(); });
+    }
+
+    // After create().
+    Cost list()
+    {
+        listAll();  // see Place::run()
+        return measured([this] { return listAll(); });
+    }
+
+    // The records stored last and listed must be those that were created.
+    void prove()
+    {
+        createAll();
+        m_contestant->list();
+        const Json::Value jRecords = m_contestant->result();
+        bool blSame = jRecords.size() == m_input.records.size();
+        for (Json::ArrayIndex i = 0; i < m_input.records.size(); ++i)
+            blSame = blSame && jRecords[i] == m_input.records[i];
+        m_contestant->create(0);
+        if (!blSame || m_contestant->result() != m_input.records[0])
+            throw std::runtime_error("a wide record came back with other values");
+    }
+
+private:
+    std::size_t createAll()
+    {
+        std::size_t records = 0;
+        for (std::size_t i = 0; i < m_input.records.size(); ++i)
+            records += m_contestant->create(i);
+        m_contestant->clear();
+        return records * m_members;
+    }
+
+    std::size_t listAll()
+    {
+        const std::size_t records = m_contestant->list();
+        m_contestant->clear();
+        return records * m_members;
+    }
+
+    Shape m_shape;
+    std::unique_ptr<Contestant> m_contestant;
+    std::size_t m_members;
+    Input m_input;
+};
+
+// The table must hold the records before it is listed for the first time.
+Rounds byMembers(Cost (Wide::*work)())
 {
     std::vector<Lane> lanes;
-    const auto enter = [&](const std::string& strId, OpenWide open)
+    const auto enterWide = [&](const std::string& strId, OpenWide open)
     {
-        const auto setUp = [&]
-        {
-            Worker<Cost>::Tasks tasks;
-            for (const std::size_t members : growthMembers())
-            {
-                std::shared_ptr<Wide> table = open(members);
-                table->prove();
-                tasks.push_back([table, work] { return (table.get()->*work)(); });
-            }
-            return tasks;
-        };
-        enterSizes(strId, growthMembers(), std::make_shared<Worker<Cost>>(setUp), lanes);
+        enter(lanes, strId, kGrowthMembers,
+              [&](std::size_t members)
+              {
+                  auto table = std::make_shared<Wide>(members, open);
+                  table->prove();
+                  table->create();
+                  return [table, work] { return (table.get()->*work)(); };
+              });
     };
-    enter("library", openWideLibrary);
-    enter("percall", openWideHandWritten);
-    return Rounds(std::move(lanes), effort.rounds, random);
+    enterWide("library", openLibrary);
+    enterWide("percall", openHandWrittenWide);
+    return Rounds(std::move(lanes));
 }
 
 }  // namespace
 
-Rounds createByMembers(const Effort& effort, std::mt19937& random)
+Rounds createByMembers()
 {
-    return byMembers(&Wide::create, effort, random);
+    return byMembers(&Wide::create);
 }
 
-Rounds listByMembers(const Effort& effort, std::mt19937& random)
+Rounds listByMembers()
 {
-    return byMembers(&Wide::list, effort, random);
+    return byMembers(&Wide::list);
+}
+
+std::map<std::string, long> peakOfListing(std::size_t rows)
+{
+    const support::TempFile file;
+    const std::string& strPath = file.path();
+    fillTable(Connection(strPath), 0, rows);
+    std::map<std::string, long> peaks;
+    for (const ContestantKind& kind : contestantKinds())
+    {
+        const auto setUp = [&]
+        {
+            std::shared_ptr<Contestant> contestant = kind.open(strPath);
+            contestant->page(0);  // what is built once does not count
+            contestant->clear();
+            const auto task = [contestant, rows]
+            {
+                const long before = memoryStatus("VmRSS:");
+                if (contestant->list() != rows)
+                    throw std::runtime_error("not all rows were listed");
+                return memoryStatus("VmHWM:") - before;
+            };
+            return Worker<long>::Tasks{task};
+        };
+        peaks[kind.strId] = Worker<long>(setUp).run();
+    }
+    return peaks;
 }
 
 }  // namespace bench

@@ -1,26 +1,14 @@
 # SPDX-License-Identifier: MIT
 #
 # Curves: listing by rows, creating and listing by members. Variables: folder, columns (of growth-rows.tsv), picture.
-set terminal svg size 1000,640 dynamic noenhanced font "sans-serif,13" background "white"
-set output picture
-set datafile separator "\t"
+height = 640
+load "bench/style.gp"
 set grid lc rgb "#dddddd"
-set border 3 lc rgb "#444444"
 set xtics nomirror (1000, 10000, 100000)
 set xrange [700:140000]
 set ytics nomirror
 set logscale x
-set yrange [0:*]
 set style data linespoints
-set linetype 1 lc rgb "#d1495b" lw 2.5 pt 7
-set linetype 2 lc rgb "#1f4e79" lw 1.5 pt 7
-set linetype 3 lc rgb "#4f86b8" lw 1.5 pt 7
-set linetype 4 lc rgb "#9dbfdd" lw 1.5 pt 7
-set linetype 5 lc rgb "#5b8c5a" lw 1.5 pt 7
-set linetype 6 lc rgb "#9cbf8b" lw 1.5 pt 7
-set linetype 7 lc rgb "#c9a227" lw 1.5 pt 7
-set linetype 8 lc rgb "#bbbbbb" lw 1.5 pt 7
-set key outside right top Left reverse samplen 1
 
 set multiplot
 set origin 0, 0.5

@@ -6,9 +6,9 @@
 #include <cstdlib>
 #include <exception>
 
-#include "connection.h"
 #include "contestant.h"
-#include "json_columns.h"
+#include "sql_texts.h"
+#include "statements.h"
 
 namespace bench
 {
@@ -23,75 +23,52 @@ public:
 
     sqlite3* connection() override { return m_db; }
 
-    std::size_t list() override
-    {
-        m_jResult = Json::Value(Json::arrayValue);
-        run(kSelect, appendRow);
-        return m_jResult.size();
-    }
+    std::size_t list() override { return readRows(kSelect); }
 
-    std::size_t page(std::size_t offset) override
-    {
-        m_jResult = Json::Value(Json::arrayValue);
-        const Sql sql(sqlite3_mprintf("%s LIMIT %d OFFSET %lld", kSelect, static_cast<int>(kPage),
-                                      static_cast<sqlite3_int64>(offset)));
-        run(sql.get(), appendRow);
-        return m_jResult.size();
-    }
+    std::size_t page(std::size_t offset) override { return readRows(pageSql(offset).get()); }
 
     std::size_t create(std::size_t i) override
     {
         clear();
-        const Json::Value& jRec = input().records[i];
-        const Sql sql(sqlite3_mprintf(
-            "INSERT INTO device (address,comment,count,created,enabled,limits,ports,serial) VALUES "
-            "(%Q,%Q,%d,%lld,%d,%Q,%Q,%Q);SELECT address,comment,count,created,enabled,limits,ports,serial FROM device "
-            "WHERE rowid = last_insert_rowid()",
-            jRec["address"].asCString(), jRec["comment"].asCString(), jRec["count"].asInt(),
-            static_cast<sqlite3_int64>(jRec["created"].asInt64()), jRec["enabled"].asBool() ? 1 : 0,
-            m_json.write(jRec["limits"]).c_str(), m_json.write(jRec["ports"]).c_str(), jRec["serial"].asCString()));
-        run(sql.get(), readRow);
-        return m_jResult.empty() ? 0 : 1;
+        return readOne(createSql(input().records[i], m_json).get());
     }
 
     std::size_t fetch(std::size_t i) override
     {
         clear();
-        const Sql sql(sqlite3_mprintf("%s WHERE serial = %Q", kSelect, input().keys[i].c_str()));
-        run(sql.get(), readRow);
-        return m_jResult.empty() ? 0 : 1;
+        return readOne(fetchSql(input().keys[i]).get());
     }
 
-    std::size_t update(std::size_t i) override
-    {
-        const Json::Value& jRec = input().changes[i];
-        const Sql sql(sqlite3_mprintf("UPDATE device SET comment = %Q, count = %d, enabled = %d WHERE serial = %Q",
-                                      jRec["comment"].asCString(), jRec["count"].asInt(),
-                                      jRec["enabled"].asBool() ? 1 : 0, input().keys[i].c_str()));
-        run(sql.get(), nullptr);
-        return static_cast<std::size_t>(sqlite3_changes(m_db));
-    }
+    std::size_t update(std::size_t i) override { return change(updateSql(input().changes[i], input().keys[i]).get()); }
 
-    std::size_t remove(std::size_t i) override
-    {
-        const Sql sql(sqlite3_mprintf("DELETE FROM device WHERE serial = %Q", input().keys[i].c_str()));
-        run(sql.get(), nullptr);
-        return static_cast<std::size_t>(sqlite3_changes(m_db));
-    }
+    std::size_t remove(std::size_t i) override { return change(deleteSql(input().keys[i]).get()); }
 
 private:
-    struct Free
-    {
-        void operator()(char* szText) const { sqlite3_free(szText); }
-    };
-    using Sql = std::unique_ptr<char, Free>;
-
     void run(const char* szSql, int (*callback)(void*, int, char**, char**))
     {
         const int err = sqlite3_exec(m_db, szSql, callback, this, nullptr);
         if (m_exception)
             std::rethrow_exception(m_exception);
         m_db.check(err);
+    }
+
+    std::size_t readRows(const char* szSql)
+    {
+        m_jResult = Json::Value(Json::arrayValue);
+        run(szSql, appendRow);
+        return m_jResult.size();
+    }
+
+    std::size_t readOne(const char* szSql)
+    {
+        run(szSql, readRow);
+        return m_jResult.empty() ? 0 : 1;
+    }
+
+    std::size_t change(const char* szSql)
+    {
+        run(szSql, nullptr);
+        return static_cast<std::size_t>(sqlite3_changes(m_db));
     }
 
     static int appendRow(void* pThis, int, char** column_value, char**)

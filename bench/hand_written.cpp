@@ -4,10 +4,11 @@
 // two variants: every statement prepared where it is needed, and every statement prepared once and kept.
 
 #include <stdexcept>
+#include <utility>
 
-#include "connection.h"
 #include "contestant.h"
 #include "json_columns.h"
+#include "statements.h"
 
 namespace bench
 {
@@ -15,49 +16,32 @@ namespace bench
 namespace
 {
 
-// A statement that is prepared for one call and finalized after it.
-class PreparedPerCall
+// A statement that is prepared at the first call and kept, or prepared for one call and finalized after it.
+template <bool blKept>
+class Prepared
 {
 public:
-    PreparedPerCall(sqlite3* pDb, const char* szSql) : m_pDb(pDb), m_szSql(szSql) {}
+    Prepared(sqlite3* pDb, const char* szSql) : m_pDb(pDb), m_szSql(szSql) {}
+    ~Prepared() { sqlite3_finalize(m_pStatement); }
+    Prepared(const Prepared&) = delete;
+    Prepared& operator=(const Prepared&) = delete;
 
     sqlite3_stmt* begin()
     {
-        if (sqlite3_prepare_v2(m_pDb, m_szSql, -1, &m_pStatement, nullptr) != SQLITE_OK)
+        if (m_pStatement == nullptr &&
+            (blKept ? sqlite3_prepare_v3(m_pDb, m_szSql, -1, SQLITE_PREPARE_PERSISTENT, &m_pStatement, nullptr)
+                    : sqlite3_prepare_v2(m_pDb, m_szSql, -1, &m_pStatement, nullptr)) != SQLITE_OK)
             throw std::runtime_error(sqlite3_errmsg(m_pDb));
         return m_pStatement;
     }
 
     void end()
     {
-        sqlite3_finalize(m_pStatement);
-        m_pStatement = nullptr;
+        if (blKept)
+            sqlite3_reset(m_pStatement);
+        else
+            sqlite3_finalize(std::exchange(m_pStatement, nullptr));
     }
-
-private:
-    sqlite3* m_pDb;
-    const char* m_szSql;
-    sqlite3_stmt* m_pStatement = nullptr;
-};
-
-// A statement that is prepared at the first call and kept.
-class PreparedOnce
-{
-public:
-    PreparedOnce(sqlite3* pDb, const char* szSql) : m_pDb(pDb), m_szSql(szSql) {}
-    ~PreparedOnce() { sqlite3_finalize(m_pStatement); }
-    PreparedOnce(const PreparedOnce&) = delete;
-    PreparedOnce& operator=(const PreparedOnce&) = delete;
-
-    sqlite3_stmt* begin()
-    {
-        if (m_pStatement == nullptr &&
-            sqlite3_prepare_v3(m_pDb, m_szSql, -1, SQLITE_PREPARE_PERSISTENT, &m_pStatement, nullptr) != SQLITE_OK)
-            throw std::runtime_error(sqlite3_errmsg(m_pDb));
-        return m_pStatement;
-    }
-
-    void end() { sqlite3_reset(m_pStatement); }
 
 private:
     sqlite3* m_pDb;
@@ -110,7 +94,7 @@ public:
     {
         clear();
         Use<Statement> use(m_list);
-        return readAll(use);
+        return readRows(use);
     }
 
     std::size_t page(std::size_t offset) override
@@ -119,7 +103,7 @@ public:
         Use<Statement> use(m_page);
         use.bind(1, static_cast<int>(kPage));
         use.bind(2, static_cast<sqlite3_int64>(offset));
-        return readAll(use);
+        return readRows(use);
     }
 
     std::size_t create(std::size_t i) override
@@ -174,50 +158,42 @@ public:
     }
 
 private:
-    std::size_t readAll(sqlite3_stmt* pStatement)
+    bool step(sqlite3_stmt* pStatement)
     {
-        m_jResult = Json::Value(Json::arrayValue);
-        int err = SQLITE_OK;
-        while ((err = sqlite3_step(pStatement)) == SQLITE_ROW)
-        {
-            Json::Value jRec(Json::objectValue);
-            readRow(pStatement, jRec);
-            m_jResult.append(std::move(jRec));
-        }
-        m_db.check(err, SQLITE_DONE);
-        return m_jResult.size();
+        const int err = sqlite3_step(pStatement);
+        if (err != SQLITE_ROW)
+            m_db.check(err, SQLITE_DONE);
+        return err == SQLITE_ROW;
+    }
+
+    std::size_t readRows(sqlite3_stmt* pStatement)
+    {
+        return readAll([&] { return step(pStatement); }, [&](Json::Value& jRec) { readRow(pStatement, jRec); });
     }
 
     std::size_t readOne(sqlite3_stmt* pStatement)
     {
-        const int err = sqlite3_step(pStatement);
-        if (err == SQLITE_DONE)
+        if (!step(pStatement))
             return 0;
-        m_db.check(err, SQLITE_ROW);
         readRow(pStatement, m_jResult);
         return 1;
     }
 
     void readRow(sqlite3_stmt* pStatement, Json::Value& jRec)
     {
-        jRec["address"] = text(pStatement, 0);
-        jRec["comment"] = text(pStatement, 1);
+        jRec["address"] = columnText(pStatement, 0);
+        jRec["comment"] = columnText(pStatement, 1);
         jRec["count"] = sqlite3_column_int(pStatement, 2);
         jRec["created"] = static_cast<Json::Int64>(sqlite3_column_int64(pStatement, 3));
         jRec["enabled"] = sqlite3_column_int(pStatement, 4) != 0;
         readJson(pStatement, 5, jRec["limits"]);
         readJson(pStatement, 6, jRec["ports"]);
-        jRec["serial"] = text(pStatement, 7);
-    }
-
-    static const char* text(sqlite3_stmt* pStatement, int i)
-    {
-        return reinterpret_cast<const char*>(sqlite3_column_text(pStatement, i));
+        jRec["serial"] = columnText(pStatement, 7);
     }
 
     void readJson(sqlite3_stmt* pStatement, int i, Json::Value& jValue)
     {
-        const char* szText = text(pStatement, i);
+        const char* szText = columnText(pStatement, i);
         m_json.read(szText, static_cast<std::size_t>(sqlite3_column_bytes(pStatement, i)), jValue);
     }
 
@@ -236,12 +212,12 @@ private:
 
 std::unique_ptr<Contestant> openHandWrittenPerCall(const std::string& strPath)
 {
-    return std::make_unique<HandWritten<PreparedPerCall>>(strPath);
+    return std::make_unique<HandWritten<Prepared<false>>>(strPath);
 }
 
 std::unique_ptr<Contestant> openHandWrittenKept(const std::string& strPath)
 {
-    return std::make_unique<HandWritten<PreparedOnce>>(strPath);
+    return std::make_unique<HandWritten<Prepared<true>>>(strPath);
 }
 
 }  // namespace bench

@@ -6,8 +6,8 @@
 
 #include <stdexcept>
 
-#include "connection.h"
 #include "contestant.h"
+#include "statements.h"
 
 bool blLogToStdout = false;
 bool blDebugOutput = false;
@@ -18,25 +18,25 @@ namespace bench
 namespace
 {
 
-Json::Value tableDefinition()
+Json::Value tableDefinition(const Shape& shape)
 {
     Json::Value jTableDef;
-    Json::Value& jMembers = jTableDef[kTable]["member"];
-    jMembers["address"]["cpptype"] = "string";
-    jMembers["comment"]["cpptype"] = "string";
-    jMembers["count"]["cpptype"] = "int";
-    jMembers["created"]["cpptype"] = "long long";
-    jMembers["enabled"]["cpptype"] = "bool";
-    jMembers["limits"]["cpptype"] = "Json::objectValue";
-    jMembers["ports"]["cpptype"] = "Json::arrayValue";
-    jMembers["serial"]["cpptype"] = "string";
+    for (const Shape::Column& column : shape.columns)
+        jTableDef[shape.strTable]["member"][column.strName]["cpptype"] = column.strType;
     return jTableDef;
 }
 
 class Library : public Contestant
 {
 public:
-    explicit Library(const std::string& strPath) : m_db(strPath), m_api(m_db, m_strName, m_jTableDef, m_strCreate) {}
+    Library(const std::string& strPath, const Shape& shape)
+        : m_db(strPath),
+          m_strName(shape.strTable),
+          m_jTableDef(tableDefinition(shape)),
+          m_strCreate(shape.strCreate),
+          m_api(m_db, m_strName, m_jTableDef, m_strCreate)
+    {
+    }
 
     sqlite3* connection() override { return m_db; }
 
@@ -92,17 +92,17 @@ private:
     }
 
     Connection m_db;
-    std::string m_strName = kTable;
-    Json::Value m_jTableDef = tableDefinition();
-    std::string m_strCreate = kCreateTable;
+    std::string m_strName;
+    Json::Value m_jTableDef;
+    std::string m_strCreate;
     VornJsonDbApi m_api;
 };
 
 }  // namespace
 
-std::unique_ptr<Contestant> openLibrary(const std::string& strPath)
+std::unique_ptr<Contestant> openLibrary(const std::string& strPath, const Shape& shape)
 {
-    return std::make_unique<Library>(strPath);
+    return std::make_unique<Library>(strPath, shape);
 }
 
 }  // namespace bench

@@ -6,7 +6,6 @@
 #include <ctime>
 #include <fstream>
 #include <stdexcept>
-#include <string>
 
 namespace
 {
@@ -45,25 +44,6 @@ extern "C"
 namespace bench
 {
 
-namespace
-{
-
-// The number of a line "NAME: 123 kB" of /proc/self/status.
-long statusLine(const std::string& strName)
-{
-    std::ifstream file("/proc/self/status");
-    std::string strWord;
-    long value = 0;
-    while (file >> strWord)
-    {
-        if (strWord == strName && file >> value)
-            return value;
-    }
-    throw std::runtime_error("/proc/self/status has no " + strName);
-}
-
-}  // namespace
-
 std::int64_t cpuTime()
 {
     timespec now{};
@@ -82,14 +62,17 @@ void mergeFreedMemory()
     std::free(pLarge);
 }
 
-long residentNow()
+long memoryStatus(const std::string& strLine)
 {
-    return statusLine("VmRSS:");
-}
-
-long residentPeak()
-{
-    return statusLine("VmHWM:");
+    std::ifstream file("/proc/self/status");
+    std::string strWord;
+    long value = 0;
+    while (file >> strWord)
+    {
+        if (strWord == strLine && file >> value)
+            return value;
+    }
+    throw std::runtime_error("/proc/self/status has no " + strLine);
 }
 
 }  // namespace bench

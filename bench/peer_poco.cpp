@@ -50,38 +50,36 @@ public:
     std::size_t list() override
     {
         clear();
-        Columns columns;
         Statement select(m_session);
         select << kSelect;
-        return readAll(select, columns);
+        return readAll(select);
     }
 
     std::size_t page(std::size_t offset) override
     {
         clear();
-        Columns columns;
         int limit = static_cast<int>(kPage);
         auto first = static_cast<Poco::Int64>(offset);
         Statement select(m_session);
         select << kSelectPage, use(limit), use(first);
-        return readAll(select, columns);
+        return readAll(select);
     }
 
     std::size_t create(std::size_t i) override
     {
         clear();
         const Poco::JSON::Object& record = *m_records[i];
-        Row row;
-        row.strAddress = record.getValue<std::string>("address");
-        row.strComment = record.getValue<std::string>("comment");
-        row.iCount = record.getValue<Poco::Int32>("count");
-        row.iCreated = record.getValue<Poco::Int64>("created");
-        row.iEnabled = record.getValue<bool>("enabled") ? 1 : 0;
-        row.strLimits = write(*record.getObject("limits"));
-        row.strPorts = write(*record.getArray("ports"));
-        row.strSerial = record.getValue<std::string>("serial");
-        m_session << kInsert, use(row.strAddress), use(row.strComment), use(row.iCount), use(row.iCreated),
-            use(row.iEnabled), use(row.strLimits), use(row.strPorts), use(row.strSerial), now;
+        Columns<One> row;
+        row.address = record.getValue<std::string>("address");
+        row.comment = record.getValue<std::string>("comment");
+        row.count = record.getValue<Poco::Int32>("count");
+        row.created = record.getValue<Poco::Int64>("created");
+        row.enabled = record.getValue<bool>("enabled") ? 1 : 0;
+        row.limits = write(*record.getObject("limits"));
+        row.ports = write(*record.getArray("ports"));
+        row.serial = record.getValue<std::string>("serial");
+        m_session << kInsert, use(row.address), use(row.comment), use(row.count), use(row.created), use(row.enabled),
+            use(row.limits), use(row.ports), use(row.serial), now;
 
         Poco::Int64 id = sqlite3_last_insert_rowid(connection());
         Statement select(m_session);
@@ -134,30 +132,31 @@ public:
     }
 
 private:
-    struct Row
-    {
-        std::string strAddress;
-        std::string strComment;
-        Poco::Int32 iCount = 0;
-        Poco::Int64 iCreated = 0;
-        Poco::Int32 iEnabled = 0;
-        std::string strLimits;
-        std::string strPorts;
-        std::string strSerial;
-    };
+    template <class Value>
+    using One = Value;
+    template <class Value>
+    using Many = std::vector<Value>;
 
-    // POCO reads many rows column by column.
+    // One row, or many: POCO reads those column by column.
+    template <template <class> class Of>
     struct Columns
     {
-        std::vector<std::string> addresses;
-        std::vector<std::string> comments;
-        std::vector<Poco::Int32> counts;
-        std::vector<Poco::Int64> created;
-        std::vector<Poco::Int32> enabled;
-        std::vector<std::string> limits;
-        std::vector<std::string> ports;
-        std::vector<std::string> serials;
+        Of<std::string> address;
+        Of<std::string> comment;
+        Of<Poco::Int32> count{};
+        Of<Poco::Int64> created{};
+        Of<Poco::Int32> enabled{};
+        Of<std::string> limits;
+        Of<std::string> ports;
+        Of<std::string> serial;
     };
+
+    template <class Columns>
+    static Statement& intoColumns(Statement& select, Columns& columns)
+    {
+        return select, into(columns.address), into(columns.comment), into(columns.count), into(columns.created),
+               into(columns.enabled), into(columns.limits), into(columns.ports), into(columns.serial);
+    }
 
     static std::vector<Poco::JSON::Object::Ptr> convert(const std::vector<Json::Value>& records)
     {
@@ -177,41 +176,39 @@ private:
         return text.str();
     }
 
-    std::size_t readAll(Statement& select, Columns& columns)
+    std::size_t readAll(Statement& select)
     {
-        select, into(columns.addresses), into(columns.comments), into(columns.counts), into(columns.created),
-            into(columns.enabled), into(columns.limits), into(columns.ports), into(columns.serials), now;
-        for (std::size_t i = 0; i < columns.serials.size(); ++i)
-            m_list.add(makeRecord(columns.addresses[i], columns.comments[i], columns.counts[i], columns.created[i],
-                                  columns.enabled[i], columns.limits[i], columns.ports[i], columns.serials[i]));
+        Columns<Many> columns;
+        intoColumns(select, columns), now;
+        for (std::size_t i = 0; i < columns.serial.size(); ++i)
+            m_list.add(makeRecord(
+                columns, [i](const auto& column) -> const auto& { return column[i]; }));
         return m_list.size();
     }
 
     std::size_t readOne(Statement& select)
     {
-        Row row;
-        select, into(row.strAddress), into(row.strComment), into(row.iCount), into(row.iCreated), into(row.iEnabled),
-            into(row.strLimits), into(row.strPorts), into(row.strSerial);
+        Columns<One> row;
+        intoColumns(select, row);
         if (select.execute() == 0)
             return 0;
-        m_record = makeRecord(row.strAddress, row.strComment, row.iCount, row.iCreated, row.iEnabled, row.strLimits,
-                              row.strPorts, row.strSerial);
+        m_record = makeRecord(
+            row, [](const auto& column) -> const auto& { return column; });
         return 1;
     }
 
-    Poco::JSON::Object::Ptr makeRecord(const std::string& strAddress, const std::string& strComment, Poco::Int32 iCount,
-                                       Poco::Int64 iCreated, Poco::Int32 iEnabled, const std::string& strLimits,
-                                       const std::string& strPorts, const std::string& strSerial)
+    template <class Columns, class ValueOf>
+    Poco::JSON::Object::Ptr makeRecord(const Columns& columns, const ValueOf& valueOf)
     {
         Poco::JSON::Object::Ptr record = new Poco::JSON::Object;
-        record->set("address", strAddress);
-        record->set("comment", strComment);
-        record->set("count", iCount);
-        record->set("created", iCreated);
-        record->set("enabled", iEnabled != 0);
-        record->set("limits", read(strLimits));
-        record->set("ports", read(strPorts));
-        record->set("serial", strSerial);
+        record->set("address", valueOf(columns.address));
+        record->set("comment", valueOf(columns.comment));
+        record->set("count", valueOf(columns.count));
+        record->set("created", valueOf(columns.created));
+        record->set("enabled", valueOf(columns.enabled) != 0);
+        record->set("limits", read(valueOf(columns.limits)));
+        record->set("ports", read(valueOf(columns.ports)));
+        record->set("serial", valueOf(columns.serial));
         return record;
     }
 

@@ -6,23 +6,22 @@
 
 #include "contestant.h"
 #include "json_columns.h"
-#include "peer_soci_connection.h"
 
 namespace bench
 {
 
+// Opens the session and gives its sqlite3*. SOCI's SQLite backend includes sqlite3.h inside a namespace, so what needs
+// it stands in a file of its own.
+void* openSociSession(soci::session& session, const std::string& strPath);
+
 namespace
 {
 
-constexpr const char* kPageSql =
-    "SELECT address,comment,count,created,enabled,limits,ports,serial FROM device LIMIT :limit OFFSET :offset";
+constexpr const char* kPageSql = VORN_BENCH_SELECT " LIMIT :limit OFFSET :offset";
 constexpr const char* kInsertSql =
-    "INSERT INTO device (address,comment,count,created,enabled,limits,ports,serial) VALUES "
-    "(:address,:comment,:count,:created,:enabled,:limits,:ports,:serial)";
-constexpr const char* kStoredSql =
-    "SELECT address,comment,count,created,enabled,limits,ports,serial FROM device WHERE rowid = :id";
-constexpr const char* kFetchSql =
-    "SELECT address,comment,count,created,enabled,limits,ports,serial FROM device WHERE serial = :serial";
+    VORN_BENCH_INSERT "(:address,:comment,:count,:created,:enabled,:limits,:ports,:serial)";
+constexpr const char* kStoredSql = VORN_BENCH_SELECT " WHERE rowid = :id";
+constexpr const char* kFetchSql = VORN_BENCH_SELECT " WHERE serial = :serial";
 constexpr const char* kUpdateSql =
     "UPDATE device SET comment = :comment, count = :count, enabled = :enabled WHERE serial = :serial";
 constexpr const char* kDeleteSql = "DELETE FROM device WHERE serial = :serial";
@@ -30,20 +29,17 @@ constexpr const char* kDeleteSql = "DELETE FROM device WHERE serial = :serial";
 class Soci : public Contestant
 {
 public:
-    explicit Soci(const std::string& strPath)
+    explicit Soci(const std::string& strPath) : m_pDb(static_cast<sqlite3*>(openSociSession(m_session, strPath)))
     {
-        openSociSession(m_session, strPath);
         m_session << kCreateTable;
     }
 
-    sqlite3* connection() override { return static_cast<sqlite3*>(sociConnection(m_session)); }
+    sqlite3* connection() override { return m_pDb; }
 
     std::size_t list() override
     {
         clear();
-        return readAll((m_session.prepare << kSelect, soci::into(m_row.strAddress), soci::into(m_row.strComment),
-                        soci::into(m_row.iCount), soci::into(m_row.iCreated), soci::into(m_row.iEnabled),
-                        soci::into(m_row.strLimits), soci::into(m_row.strPorts), soci::into(m_row.strSerial)));
+        return readRows(intoRow(m_session.prepare << kSelect));
     }
 
     std::size_t page(std::size_t offset) override
@@ -51,10 +47,7 @@ public:
         clear();
         const int limit = static_cast<int>(kPage);
         const auto first = static_cast<long long>(offset);
-        return readAll((m_session.prepare << kPageSql, soci::into(m_row.strAddress), soci::into(m_row.strComment),
-                        soci::into(m_row.iCount), soci::into(m_row.iCreated), soci::into(m_row.iEnabled),
-                        soci::into(m_row.strLimits), soci::into(m_row.strPorts), soci::into(m_row.strSerial),
-                        soci::use(limit), soci::use(first)));
+        return readRows((intoRow(m_session.prepare << kPageSql), soci::use(limit), soci::use(first)));
     }
 
     std::size_t create(std::size_t i) override
@@ -75,18 +68,14 @@ public:
 
         long long id = 0;
         m_session.get_last_insert_id(kTable, id);
-        m_session << kStoredSql, soci::into(m_row.strAddress), soci::into(m_row.strComment), soci::into(m_row.iCount),
-            soci::into(m_row.iCreated), soci::into(m_row.iEnabled), soci::into(m_row.strLimits),
-            soci::into(m_row.strPorts), soci::into(m_row.strSerial), soci::use(id);
+        intoRow(m_session << kStoredSql), soci::use(id);
         return readOne();
     }
 
     std::size_t fetch(std::size_t i) override
     {
         clear();
-        m_session << kFetchSql, soci::into(m_row.strAddress), soci::into(m_row.strComment), soci::into(m_row.iCount),
-            soci::into(m_row.iCreated), soci::into(m_row.iEnabled), soci::into(m_row.strLimits),
-            soci::into(m_row.strPorts), soci::into(m_row.strSerial), soci::use(input().keys[i]);
+        intoRow(m_session << kFetchSql), soci::use(input().keys[i]);
         return readOne();
     }
 
@@ -118,17 +107,19 @@ private:
         std::string strSerial;
     };
 
-    std::size_t readAll(soci::statement statement)
+    // Has the columns of the statement put into the row.
+    template <class Statement>
+    Statement& intoRow(Statement&& statement)
     {
-        m_jResult = Json::Value(Json::arrayValue);
+        return statement, soci::into(m_row.strAddress), soci::into(m_row.strComment), soci::into(m_row.iCount),
+               soci::into(m_row.iCreated), soci::into(m_row.iEnabled), soci::into(m_row.strLimits),
+               soci::into(m_row.strPorts), soci::into(m_row.strSerial);
+    }
+
+    std::size_t readRows(soci::statement statement)
+    {
         statement.execute();
-        while (statement.fetch())
-        {
-            Json::Value jRec(Json::objectValue);
-            readRow(jRec);
-            m_jResult.append(std::move(jRec));
-        }
-        return m_jResult.size();
+        return readAll([&] { return statement.fetch(); }, [this](Json::Value& jRec) { readRow(jRec); });
     }
 
     std::size_t readOne()
@@ -158,6 +149,7 @@ private:
     }
 
     soci::session m_session;
+    sqlite3* m_pDb;
     JsonColumns m_json;
     Row m_row;
 };

@@ -27,7 +27,7 @@ public:
     {
         clear();
         SQLite::Statement query(m_db, kSelect);
-        return readAll(query);
+        return readRows(query);
     }
 
     std::size_t page(std::size_t offset) override
@@ -36,7 +36,7 @@ public:
         SQLite::Statement query(m_db, kSelectPage);
         query.bind(1, static_cast<int>(kPage));
         query.bind(2, static_cast<std::int64_t>(offset));
-        return readAll(query);
+        return readRows(query);
     }
 
     std::size_t create(std::size_t i) override
@@ -88,16 +88,9 @@ public:
     }
 
 private:
-    std::size_t readAll(SQLite::Statement& query)
+    std::size_t readRows(SQLite::Statement& query)
     {
-        m_jResult = Json::Value(Json::arrayValue);
-        while (query.executeStep())
-        {
-            Json::Value jRec(Json::objectValue);
-            readRow(query, jRec);
-            m_jResult.append(std::move(jRec));
-        }
-        return m_jResult.size();
+        return readAll([&] { return query.executeStep(); }, [&](Json::Value& jRec) { readRow(query, jRec); });
     }
 
     std::size_t readOne(SQLite::Statement& query)

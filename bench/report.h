@@ -7,21 +7,14 @@
 #define VORN_BENCH_REPORT_H
 
 #include <string>
-#include <vector>
-
-#include "runner.h"
-#include "targets.h"
 
 namespace bench
 {
 
 struct ReportOptions
 {
-    std::vector<ContestantKind> kinds;
-    std::vector<Work> works;
-    Effort effort;
-    bool blEverySetting = true;  // otherwise in memory, autocommit, only
-    Counts counts;
+    bool blQuick = false;       // short batches, in memory with autocommit only
+    std::string strCounts;      // file of instructions per record
     std::string strDataFolder;  // where the pictures' data goes; empty: nowhere
 };
 

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <memory>
+#include <random>
 
 namespace bench
 {
@@ -39,11 +40,13 @@ std::size_t operationsPerBatch(Place& place, const Work& work, std::int64_t want
 
 }  // namespace
 
-Rounds::Rounds(std::vector<Lane> lanes, std::size_t rounds, std::mt19937& random)
+Rounds::Rounds(std::vector<Lane> lanes)
 {
+    static std::mt19937 random(20240229);
+    constexpr std::size_t kRounds = 11;
     // What else the machine does can only slow a batch, so the fastest of a few is nearest to what the work costs.
     constexpr int kBatches = 3;
-    for (std::size_t round = 0; round < rounds; ++round)
+    for (std::size_t round = 0; round < kRounds; ++round)
     {
         std::map<std::string, double> fastest;
         for (int i = 0; i < kBatches; ++i)
@@ -78,22 +81,21 @@ Spread Rounds::ratio(const std::string& strId, const std::string& strRival) cons
     return spreadOf(std::move(ratios));
 }
 
-Rounds runWork(const Work& work, const Setting& setting, const std::vector<ContestantKind>& kinds, const Effort& effort,
-               std::mt19937& random)
+Rounds runWork(const Work& work, const Setting& setting, std::int64_t batch)
 {
     const auto calibrate = [&]
     {
         const auto task = [&]
         {
             Place rival(contestantKind(work.strRival), setting);
-            return operationsPerBatch(rival, work, effort.batch);
+            return operationsPerBatch(rival, work, batch);
         };
         return Worker<std::size_t>::Tasks{task};
     };
     const std::size_t count = Worker<std::size_t>(calibrate).run();
 
     std::vector<Lane> lanes;
-    for (const ContestantKind& kind : kinds)
+    for (const ContestantKind& kind : contestantKinds())
     {
         const auto setUp = [&]
         {
@@ -103,7 +105,7 @@ Rounds runWork(const Work& work, const Setting& setting, const std::vector<Conte
         };
         lanes.push_back({kind.strId, std::make_shared<Worker<Cost>>(setUp)});
     }
-    return Rounds(std::move(lanes), effort.rounds, random);
+    return Rounds(std::move(lanes));
 }
 
 }  // namespace bench

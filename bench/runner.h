@@ -7,7 +7,6 @@
 
 #include <map>
 #include <memory>
-#include <random>
 #include <string>
 #include <vector>
 
@@ -16,12 +15,6 @@
 
 namespace bench
 {
-
-struct Effort
-{
-    std::size_t rounds = 11;
-    std::int64_t batch = 30000000;  // nanoseconds that the rival's batch lasts at least
-};
 
 struct Spread
 {
@@ -42,9 +35,7 @@ struct Lane
 class Rounds
 {
 public:
-    Rounds(std::vector<Lane> lanes, std::size_t rounds, std::mt19937& random);
-
-    bool has(const std::string& strId) const { return m_nanoseconds.count(strId) != 0; }
+    explicit Rounds(std::vector<Lane> lanes);
 
     // Per record.
     Spread nanoseconds(const std::string& strId) const;
@@ -57,9 +48,9 @@ private:
     std::map<std::string, double> m_allocations;
 };
 
-// One work in one setting; the lanes are the contestants' ids.
-Rounds runWork(const Work& work, const Setting& setting, const std::vector<ContestantKind>& kinds, const Effort& effort,
-               std::mt19937& random);
+// One work of all contestants in one setting, in batches that last the rival so many nanoseconds at least; the lanes
+// are the contestants' ids.
+Rounds runWork(const Work& work, const Setting& setting, std::int64_t batch);
 
 }  // namespace bench
 

@@ -6,13 +6,15 @@
 #include <sstream>
 #include <stdexcept>
 
-#include "table.h"
+#include "markdown.h"
 
 namespace bench
 {
 
 Counts::Counts(const std::string& strPath)
 {
+    if (strPath.empty())
+        return;
     std::ifstream file(strPath);
     if (!file)
         throw std::runtime_error("cannot read " + strPath);
@@ -45,29 +47,26 @@ std::optional<double> Counts::ratio(const std::string& strWork, const std::strin
 
 const std::vector<Target>& workTargets()
 {
-    constexpr auto none = std::nullopt;
-    constexpr Bound faster{0.999, none};
-    const auto time = [](double bound) { return Bound{bound, std::nullopt}; };
-    static const std::vector<Target> targets{
-        {"list", "kept", {0.90, 0.85}, Bound{0.72, 0.68}},
-        {"page", "percall", time(0.90), time(0.76)},
-        {"create", "percall", time(1.15), Bound{1.02, 1.00}},
-        {"fetch", "percall", time(1.15), time(1.02)},
-        {"update", "percall", time(1.25), time(1.15)},
-        {"delete", "percall", time(1.30), time(1.18)},
-        {"list", "sqlitecpp", faster, time(0.55)},
-        {"page", "sqlitecpp", faster, time(0.65)},
-        {"create", "sqlitecpp", faster, time(0.92)},
-        {"fetch", "sqlitecpp", faster, time(0.92)},
-        {"list", "soci", faster, none},
-        {"page", "soci", faster, none},
-        {"create", "soci", faster, none},
-        {"fetch", "soci", faster, none},
-        {"list", "poco", faster, none},
-        {"page", "poco", faster, none},
-        {"create", "poco", faster, none},
-        {"fetch", "poco", faster, none},
-    };
+    constexpr Bound faster{0.999, std::nullopt};
+    static const std::vector<Target> targets = [&]
+    {
+        std::vector<Target> all{
+            {"list", "kept", {0.90, 0.85}, Bound{0.72, 0.68}},
+            {"page", "percall", time(0.90), time(0.76)},
+            {"create", "percall", time(1.15), Bound{1.02, 1.00}},
+            {"fetch", "percall", time(1.15), time(1.02)},
+            {"update", "percall", time(1.25), time(1.15)},
+            {"delete", "percall", time(1.30), time(1.18)},
+            {"list", "sqlitecpp", faster, time(0.55)},
+            {"page", "sqlitecpp", faster, time(0.65)},
+            {"create", "sqlitecpp", faster, time(0.92)},
+            {"fetch", "sqlitecpp", faster, time(0.92)},
+        };
+        for (const char* szRival : {"soci", "poco"})
+            for (const char* szWork : {"list", "page", "create", "fetch"})
+                all.push_back({szWork, szRival, faster, std::nullopt});
+        return all;
+    }();
     return targets;
 }
 
@@ -90,6 +89,11 @@ std::string verdict(const Judged& judged, const Bound& bound)
 
 }  // namespace
 
+std::string text(const Spread& spread)
+{
+    return number(spread.median, 2) + " (" + number(spread.least, 2) + " .. " + number(spread.most, 2) + ")";
+}
+
 bool reaches(const Judged& judged, const Bound& bound)
 {
     const bool blFew = !judged.instructions || *judged.instructions <= bound.instructions.value_or(bound.time);
@@ -100,12 +104,10 @@ bool reaches(const Judged& judged, const Bound& bound)
 
 void printTargets(const std::vector<Judged>& all)
 {
-    Table table({"what", "beside", "time: median (least .. most)", "instructions", "must", "aim"});
+    MarkdownTable table({"what", "beside", "time: median (least .. most)", "instructions", "must", "aim"});
     for (const Judged& judged : all)
     {
-        table.add({judged.strWhat, judged.strBeside,
-                   number(judged.time.median, 2) + " (" + number(judged.time.least, 2) + " .. " +
-                       number(judged.time.most, 2) + ")",
+        table.add({judged.strWhat, judged.strBeside, text(judged.time),
                    judged.instructions ? number(*judged.instructions, 2) : "", verdict(judged, judged.must),
                    judged.aim ? verdict(judged, *judged.aim) : ""});
     }

@@ -20,8 +20,7 @@ namespace bench
 class Counts
 {
 public:
-    Counts() = default;
-    explicit Counts(const std::string& strPath);  // lines "WORK CONTESTANT INSTRUCTIONS ..."
+    explicit Counts(const std::string& strPath);  // lines "WORK CONTESTANT INSTRUCTIONS ..."; none without a path
 
     std::optional<double> instructions(const std::string& strWork, const std::string& strContestant) const;
     std::optional<double> ratio(const std::string& strWork, const std::string& strContestant,
@@ -37,6 +36,10 @@ struct Bound
     double time;
     std::optional<double> instructions;
 };
+inline Bound time(double bound)
+{
+    return {bound, std::nullopt};
+}
 
 struct Target
 {
@@ -57,6 +60,9 @@ struct Judged
     Bound must;
     std::optional<Bound> aim;
 };
+
+// "median (least .. most)"
+std::string text(const Spread& spread);
 
 // Where rounds lie on both sides of the bound, time is noise and the instructions decide, if they were counted.
 bool reaches(const Judged& judged, const Bound& bound);

@@ -4,8 +4,6 @@
 
 #include <stdexcept>
 
-#include "measure.h"
-
 namespace bench
 {
 
@@ -38,21 +36,16 @@ std::string nameOf(const Setting& setting)
            (setting.blTransaction ? ", one transaction" : ", autocommit");
 }
 
-namespace
-{
-
 // Operations before the measured ones: a whole turn of pages.
-constexpr std::size_t kWarmUp = kPages;
-
-}  // namespace
+static constexpr std::size_t kWarmUp = kPages;
 
 Place::Place(const ContestantKind& kind, const Setting& setting) : m_setting(setting)
 {
     std::string strPath = ":memory:";
     if (setting.blFile)
     {
-        m_folder = std::make_unique<Folder>();
-        strPath = m_folder->path() + "/bench.db";
+        m_file = std::make_unique<support::TempFile>();
+        strPath = m_file->path();
     }
     m_contestant = kind.open(strPath);
     sqlite3* const pDb = m_contestant->connection();
@@ -68,24 +61,11 @@ void Place::prepare(const Work& work, std::size_t count)
 {
     m_pWork = &work;
     m_prepared = kWarmUp + count;
+    const bool blByRow = work.kind != WorkKind::List && work.kind != WorkKind::Page;
+    const bool blExtra = work.kind == WorkKind::Create || work.kind == WorkKind::Delete;  // beyond the rows that stay
     std::vector<std::size_t> indices;
-    for (std::size_t i = 0; i < m_prepared; ++i)
-    {
-        switch (work.kind)
-        {
-            case WorkKind::List:
-            case WorkKind::Page:
-                break;
-            case WorkKind::Create:
-            case WorkKind::Delete:
-                indices.push_back(m_setting.rows + i);  // beyond the rows that stay
-                break;
-            case WorkKind::Fetch:
-            case WorkKind::Update:
-                indices.push_back(spread(i, m_setting.rows));
-                break;
-        }
-    }
+    for (std::size_t i = 0; blByRow && i < m_prepared; ++i)
+        indices.push_back(blExtra ? m_setting.rows + i : spread(i, m_setting.rows));
     m_input = makeInput(indices);
     m_contestant->give(m_input);
     removeExtraRows();
@@ -97,8 +77,13 @@ Cost Place::run()
 {
     for (std::size_t i = m_pWork->kind == WorkKind::List ? kWarmUp - 1 : 0; i < kWarmUp; ++i)
         operate(i);
-    const Cost cost = measured(kWarmUp, m_prepared - kWarmUp);
-    restore();
+    const Cost cost = batch(kWarmUp, m_prepared - kWarmUp);
+    if (m_pWork->kind == WorkKind::Create)
+        removeExtraRows();
+    else if (m_pWork->kind == WorkKind::Delete)
+        fillTable(m_contestant->connection(), m_setting.rows, m_prepared);
+    if (m_setting.blFile)
+        runSql(m_contestant->connection(), "PRAGMA wal_checkpoint(TRUNCATE)");
     return cost;
 }
 
@@ -123,7 +108,7 @@ std::size_t Place::operate(std::size_t i)
     throw std::logic_error("no such work");
 }
 
-Cost Place::measured(std::size_t first, std::size_t count)
+Cost Place::batch(std::size_t first, std::size_t count)
 {
     if (m_pWork == nullptr || first + count > m_prepared)
         throw std::logic_error("a batch needs prepared input");
@@ -131,14 +116,15 @@ Cost Place::measured(std::size_t first, std::size_t count)
     if (m_setting.blTransaction)
         runSql(pDb, "BEGIN");
 
-    Cost cost;
-    const std::size_t allocationsBefore = allocations();
-    const std::int64_t timeBefore = cpuTime();
-    for (std::size_t i = first; i < first + count; ++i)
-        cost.records += operate(i);
-    m_contestant->clear();  // freeing the records is part of their cost
-    cost.nanoseconds = cpuTime() - timeBefore;
-    cost.allocations = allocations() - allocationsBefore;
+    const Cost cost = measured(
+        [&]
+        {
+            std::size_t records = 0;
+            for (std::size_t i = first; i < first + count; ++i)
+                records += operate(i);
+            m_contestant->clear();
+            return records;
+        });
 
     if (m_setting.blTransaction)
         runSql(pDb, "COMMIT");
@@ -152,17 +138,6 @@ Cost Place::measured(std::size_t first, std::size_t count)
         throw std::runtime_error(m_pWork->strId + ": " + std::to_string(cost.records) + " records instead of " +
                                  std::to_string(expected));
     return cost;
-}
-
-void Place::restore()
-{
-    sqlite3* const pDb = m_contestant->connection();
-    if (m_pWork->kind == WorkKind::Create)
-        removeExtraRows();
-    else if (m_pWork->kind == WorkKind::Delete)
-        fillTable(pDb, m_setting.rows, m_prepared);
-    if (m_setting.blFile)
-        runSql(pDb, "PRAGMA wal_checkpoint(TRUNCATE)");
 }
 
 void Place::removeExtraRows()

@@ -5,13 +5,13 @@
 #ifndef VORN_BENCH_WORK_H
 #define VORN_BENCH_WORK_H
 
-#include <cstdint>
 #include <memory>
 #include <string>
 #include <vector>
 
 #include "contestant.h"
-#include "folder.h"
+#include "measure.h"
+#include "statements.h"
 
 namespace bench
 {
@@ -47,13 +47,6 @@ struct Setting
 
 std::string nameOf(const Setting& setting);
 
-struct Cost
-{
-    std::int64_t nanoseconds = 0;
-    std::size_t allocations = 0;
-    std::size_t records = 0;  // read or changed
-};
-
 // A contestant with a filled table of its own.
 class Place
 {
@@ -71,21 +64,24 @@ public:
     Cost run();
 
     // Does the first count of the prepared operations and nothing else, for tools that count all that a process does.
-    Cost runOnce(std::size_t count) { return measured(0, count); }
+    Cost runOnce(std::size_t count) { return batch(0, count); }
 
 private:
     std::size_t operate(std::size_t i);  // the i-th operation: the records that it read or changed
-    Cost measured(std::size_t first, std::size_t count);
-    void restore();
+    Cost batch(std::size_t first, std::size_t count);
     void removeExtraRows();
 
     Setting m_setting;
-    std::unique_ptr<Folder> m_folder;  // of the file
+    std::unique_ptr<support::TempFile> m_file;
     std::unique_ptr<Contestant> m_contestant;
     const Work* m_pWork = nullptr;
     Input m_input;
     std::size_t m_prepared = 0;
 };
+
+// Before anything is measured: every contestant does every work in a table of that size, in memory and on a file.
+// Throws, and says which contestant differs in what, unless all give the records and leave the rows that they must.
+void proveSameRecords(std::size_t rows);
 
 }  // namespace bench
 
