@@ -1,8 +1,8 @@
 # SPDX-License-Identifier: MIT
 #
 # Cross-builds for 32-bit ARM hard-float Linux with Debian's cross compiler; programs run under user-mode emulation.
-# tools/armhf.sh fills the folder with the target's SQLite, JsonCpp and GoogleTest. The C and C++ libraries are the cross
-# compiler's own, so this is a place to search and no CMAKE_SYSROOT.
+# tools/armhf.sh fills the folder with the target's SQLite, JsonCpp and GoogleTest. The C and C++ libraries are the
+# cross compiler's own, so this is a place to search and no CMAKE_SYSROOT.
 get_filename_component(armhf_sysroot ${CMAKE_CURRENT_LIST_DIR}/../build/arm/sysroot ABSOLUTE)
 
 set(CMAKE_SYSTEM_NAME Linux)

@@ -40,21 +40,17 @@ armhf_prepare()
     rm -rf build/arm/sysroot build/arm/apt build/arm/packages
     armhf_unpack "$armhf_sysroot" libsqlite3-0 libsqlite3-dev libjsoncpp25 libjsoncpp-dev
 
-    armhf_cmake build/arm/googletest -S /usr/src/googletest -DCMAKE_BUILD_TYPE=Release -DBUILD_GMOCK=OFF \
+    armhf_configure build/arm/googletest -S /usr/src/googletest -DCMAKE_BUILD_TYPE=Release -DBUILD_GMOCK=OFF \
         -DCMAKE_INSTALL_PREFIX="$armhf_sysroot/usr"
+    compile build/arm/googletest
     cmake --install build/arm/googletest >/dev/null
     : >"$done"
 }
 
-# armhf_cmake FOLDER [CMAKE-ARGUMENT...]: configures for armhf into FOLDER and builds all, or $armhf_target; configuring
-# speaks only when it fails.
-armhf_cmake()
+# armhf_configure FOLDER [CMAKE-ARGUMENT...]: like configure, for armhf.
+armhf_configure()
 {
-    local folder=$1 output
-    shift
-    output=$(cmake -G Ninja -B "$folder" -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/armhf.toolchain.cmake" "$@" 2>&1) ||
-        die "$output"
-    cmake --build "$folder" --parallel "$jobs" --target "${armhf_target:-all}"
+    configure "$@" -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/armhf.toolchain.cmake"
 }
 
 # armhf_dpkg FOLDER: unpacks the libraries that ours needs into FOLDER and describes them to dpkg in FOLDER/db, from

@@ -1,7 +1,9 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=bash
 #
-# What the commands that build the benchmark share. Sourced after common.sh and armhf.sh.
+# What the commands that build the benchmark share. Sourced after common.sh.
+
+. tools/armhf.sh
 
 packages_figures=("${packages_build[@]}" libcli11-dev valgrind)
 packages_bench=("${packages_figures[@]}" gnuplot-nox libboost-dev libpoco-dev libsoci-dev libsqlitecpp-dev)
@@ -9,13 +11,12 @@ packages_bench=("${packages_figures[@]}" gnuplot-nox libboost-dev libpoco-dev li
 bench_arguments=(-DCMAKE_BUILD_TYPE=Release "-DCMAKE_CXX_FLAGS_RELEASE=-O2 -DNDEBUG" -DVORNJSONDB_BENCH=ON
     -DBUILD_TESTING=OFF -DVORNJSONDB_EXAMPLES=OFF)
 
-# bench_build FOLDER [CMAKE-ARGUMENT...]: configuring and building speak only when they fail.
+# bench_build FOLDER [CMAKE-ARGUMENT...]: speaks only when it fails.
 bench_build()
 {
-    local folder=$1 output
-    shift
-    output=$(cmake -G Ninja -S . -B "$folder" "${bench_arguments[@]}" "$@" 2>&1 &&
-        cmake --build "$folder" --parallel "$jobs" 2>&1) || die "$output"
+    local output
+    configure "$@" "${bench_arguments[@]}"
+    output=$(compile "$1" 2>&1) || die "$output"
 }
 
 # The root of target packages in which callgrind for the target runs under emulation.
@@ -30,7 +31,7 @@ bench_build_armhf()
         { [ -f "$armhf_counting/complete" ] || armhf_unpack "$armhf_counting" gcc-12-base libc6 libc6-dbg libgcc-s1 \
             libjsoncpp25 libsqlite3-0 libstdc++6 valgrind; } &&
         : >"$armhf_counting/complete" &&
-        armhf_cmake "$1" -S . "${bench_arguments[@]}" -DVORNJSONDB_BENCH_PEERS=OFF) || die "$output"
+        armhf_configure "$1" "${bench_arguments[@]}" -DVORNJSONDB_BENCH_PEERS=OFF && compile "$1") || die "$output"
 }
 
 # count_works PROGRAM: reads lines "WORK CONTESTANT [ROWS [OPTION...]]" and writes those of count-work.sh, in another

@@ -10,7 +10,9 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 packages_build=(cmake g++ libjsoncpp-dev libsqlite3-dev ninja-build)
 packages_demo=("${packages_build[@]}" iso-codes)
 packages_test=("${packages_build[@]}" binutils iso-codes libgtest-dev locales pkgconf)
-packages_lint=("${packages_test[@]}" clang clang-format clang-tidy clang-tools cppcheck perl shellcheck)
+packages_cli=(libcli11-dev libcsv-dev libsmartcols-dev)
+packages_lint=("${packages_test[@]}" "${packages_cli[@]}" clang clang-format clang-tidy clang-tools
+    cmake-format cppcheck gawk perl pyflakes3 shellcheck)
 packages_fuzz=("${packages_build[@]}" clang libclang-rt-dev)
 packages_fresh=(debootstrap)
 
@@ -65,16 +67,30 @@ need()
     rm -f "$log"
 }
 
-# build PRESET [CMAKE-ARGUMENT...]: configures and builds build/PRESET; configuring speaks only when it fails.
+# configure FOLDER [CMAKE-ARGUMENT...]: prepares a build in FOLDER, of this checkout unless -S names another source; speaks
+# only when it fails.
+configure()
+{
+    local folder=$1 output
+    shift
+    output=$(cmake -G Ninja -B "$folder" "$@" 2>&1) || die "CMake could not configure $folder:
+$output"
+}
+
+# compile FOLDER [TARGET...]: builds these targets, or all.
+compile()
+{
+    local folder=$1
+    shift
+    [ $# -gt 0 ] || set -- all
+    cmake --build "$folder" --parallel "$jobs" --target "$@"
+}
+
+# build PRESET [CMAKE-ARGUMENT...]: all of build/PRESET.
 build()
 {
-    local preset=$1 output
-    shift
-    if ! output=$(cmake --preset "$preset" "$@" 2>&1); then
-        say "$output" >&2
-        die "CMake could not configure build/$preset"
-    fi
-    cmake --build --preset "$preset" --parallel "$jobs"
+    configure "build/$1" --preset "$@"
+    compile "build/$1"
 }
 
 # put NAME FILE PAGE: replaces what stands between the page's marks <!-- NAME --> and <!-- end of NAME --> with the file.

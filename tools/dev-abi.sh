@@ -38,10 +38,11 @@ change back or, for a release with a new soname, describe it anew: ./dev abi --u
 }
 
 [ "${1:-}" != --update ] || update=yes
-arguments=(-S . -DBUILD_TESTING=OFF -DVORNJSONDB_EXAMPLES=OFF -DCMAKE_BUILD_TYPE=RelWithDebInfo)
-cmake -G Ninja -B build/abi-amd64 "${arguments[@]}" -DCMAKE_CXX_COMPILER=g++ >/dev/null
-cmake --build build/abi-amd64 --parallel "$jobs" >/dev/null
-armhf_cmake build/abi-armhf "${arguments[@]}" >/dev/null
+arguments=(-DBUILD_TESTING=OFF -DVORNJSONDB_EXAMPLES=OFF -DCMAKE_BUILD_TYPE=RelWithDebInfo)
+configure build/abi-amd64 "${arguments[@]}" -DCMAKE_CXX_COMPILER=g++
+compile build/abi-amd64 >/dev/null
+armhf_configure build/abi-armhf "${arguments[@]}"
+compile build/abi-armhf >/dev/null
 for platform in amd64 armhf; do
     check "$platform" vornjsondb 7.0.0
     check "$platform" vorntable 0.1.0

@@ -14,11 +14,11 @@ say "VORN_TEST_CASES=$VORN_TEST_CASES"
 # arm_tests NAME TARGET [CMAKE-ARGUMENT...]: builds TARGET in build/arm/NAME and runs the tests that are selected.
 arm_tests()
 {
-    local name=$1 armhf_target=$2
-    shift 2
-    say "== armhf, $name"
-    armhf_cmake "build/arm/$name" -S . -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVORNJSONDB_WERROR=ON "$@"
-    ctest --test-dir "build/arm/$name" --output-on-failure --no-tests=error --parallel "$jobs" "${selection[@]}"
+    local folder=build/arm/$1
+    say "== armhf, $1"
+    armhf_configure "$folder" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVORNJSONDB_WERROR=ON "${@:3}"
+    compile "$folder" "$2"
+    ctest --test-dir "$folder" --output-on-failure --no-tests=error --parallel "$jobs" "${selection[@]}"
 }
 
 if [ "${1:-}" = --sanitize ]; then

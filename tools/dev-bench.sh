@@ -5,7 +5,6 @@
 # Without --quick it also rewrites the figures in README.md and docs/benchmark.md and its pictures; that takes about 20 minutes of a
 # machine that has nothing else to do.
 . "$(dirname "$0")/common.sh"
-. tools/armhf.sh
 . tools/bench.sh
 
 quick=()
@@ -64,7 +63,7 @@ since_the_first_version()
     awk '/^#/ || $2 == "with" { next }
         FNR == NR { now[$1 " " $2] = $3; next }
         { n = now[$1 " " $2]
-          printf "| %-14s | %13d | %7d | %6.2f | %12d | %6.2f |\n", $1 ", " $2, $3, n, n / $3, $5, n / $5 }' \
+          printf "| %-14s | %13d | %7d | %6.2f | %12d | %6.2f |\n", $1 ", " $2, $3, n, n / $3, $4, n / $4 }' \
         bench/figures.txt bench/first-version.txt
     printf '\n'
 }
@@ -72,7 +71,7 @@ since_the_first_version()
 {
     printf '%s\n\n' "$(machine)"
     since_the_first_version
-    $program --report "${quick[@]}" --counts $data/counts.txt --data $data
+    $program "${quick[@]}" --counts $data/counts.txt --data $data
 } | tee $folder/report.md
 [ ${#quick[@]} -eq 0 ] || exit 0
 
@@ -85,16 +84,16 @@ in_short()
 {
     printf '%s:\n\n' "$(when_and_where)"
     printf '| | vornjsondb | hand-written, kept | SQLiteCpp | SOCI | POCO |\n|---|---|---|---|---|---|\n'
-    awk -F '[\t ]' -v contestants="library percall kept exec sqlitecpp soci poco raw" '
-        BEGIN { split(contestants, column) }
+    awk -F '[\t ]' -v contestants="${contestants[*]}" '
+        BEGIN { count = split(contestants, column) }
         FNR == NR { instructions[$1, $2] = $3; next }
         FNR > 1 {
             work = $1
             gsub("\"", "", work)
             rival = work == "list" ? "kept" : "percall"
             printf "| %s |", work
-            for (i = 1; i <= 7; i++)
-                if (column[i] != "percall" && column[i] != "exec")
+            for (i = 1; i <= count; i++)
+                if (column[i] !~ /^(percall|exec|raw)$/)
                     printf " %.2f, %.2f |", $(i + 1), instructions[work, column[i]] / instructions[work, rival]
             printf "\n"
         }' $data/counts.txt $data/works.tsv

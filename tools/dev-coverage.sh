@@ -7,9 +7,8 @@ need "${packages_test[@]}" gcovr
 
 # Unoptimised, so that a branch of the program is a branch of the source. Programs run whole: that is faster here.
 folder=build/coverage
-output=$(cmake --preset debug -B "$folder" -DCMAKE_CXX_FLAGS=--coverage -DVORNJSONDB_TEST_PER_CASE=OFF \
-    -DVORNJSONDB_EXAMPLES=OFF 2>&1) || die "$output"
-cmake --build "$folder" --parallel "$jobs"
+configure "$folder" --preset debug -DCMAKE_CXX_FLAGS=--coverage -DVORNJSONDB_TEST_PER_CASE=OFF -DVORNJSONDB_EXAMPLES=OFF
+compile "$folder"
 find "$folder" -name '*.gcda' -delete
 status=0
 ctest --test-dir "$folder" --parallel "$jobs" --output-on-failure --label-exclude package || status=$?

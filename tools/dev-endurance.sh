@@ -14,18 +14,16 @@ if [ -n "$arm" ]; then
     need "${packages_armhf[@]}"
     armhf_prepare
     folder=build/arm/plain
-    configure=(cmake -G Ninja -B "$folder" -DCMAKE_TOOLCHAIN_FILE="$PWD/cmake/armhf.toolchain.cmake" -S . \
-        -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVORNJSONDB_WERROR=ON)
+    armhf_configure "$folder" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVORNJSONDB_WERROR=ON
     run=(qemu-arm-static -L /usr/arm-linux-gnueabihf)
     operations=50000
 else
     need "${packages_test[@]}"
     folder=build/dev
-    configure=(cmake --preset dev)
+    configure "$folder" --preset dev
     run=()
     operations=1000000
 fi
 
-output=$("${configure[@]}" 2>&1) || die "$output"
-cmake --build "$folder" --parallel "$jobs" --target test_long_life
+compile "$folder" test_long_life
 VORN_TEST_OPERATIONS=${1:-$operations} "${run[@]}" "$folder/tests/test_long_life" --gtest_brief=1

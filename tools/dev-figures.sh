@@ -2,7 +2,6 @@
 # SPDX-License-Identifier: MIT
 # counts instructions and allocations per record against bench/figures.txt: [--armhf] [--update]
 . "$(dirname "$0")/common.sh"
-. tools/armhf.sh
 . tools/bench.sh
 
 stored=bench/figures.txt

@@ -10,10 +10,8 @@ finds=build/fuzz-finds   # what made a fuzzer fail
 # build_targets PRESET CMAKE-TARGET...
 build_targets()
 {
-    local preset=$1 output
-    shift
-    output=$(cmake --preset "$preset" 2>&1) || die "$output"
-    cmake --build --preset "$preset" --parallel "$jobs" --target "$@"
+    configure "build/$1" --preset "$1"
+    compile "build/$1" "${@:2}"
 }
 
 # fuzz TARGET SECONDS. A fuzzer may end early because of its -runs; then it starts again with what it has learnt.

@@ -1,26 +1,37 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# looks for faults without running anything: format, warnings of two compilers, four analysers
+# looks for faults without running anything: format, warnings of two compilers, analysers of every language used here
 . "$(dirname "$0")/common.sh"
 . tools/bench.sh
 
 need "${packages_lint[@]}" "${packages_bench[@]}"
 
-folders=()
-for folder in include src tests examples bench fuzz; do
-    [ ! -d "$folder" ] || folders+=("$folder")
-done
-mapfile -t sources < <(find "${folders[@]}" -name '*.cpp' -o -name '*.h')
-mapfile -t scripts < <(find dev .ci tools tests -type f -perm -u+x)
+# files FIND-TEST...: files of the checkout, without what was built.
+files() { find . -path ./build -prune -o -path ./.git -prune -o -type f "$@" -printf '%P\n' | sort; }
+mapfile -t sources < <(files \( -name '*.cpp' -o -name '*.h' \))
+mapfile -t scripts < <(files -perm -u+x -not -name rules) # that of the Debian package is a makefile
+mapfile -t awks < <(files -name '*.awk')
+mapfile -t pythons < <(files -name '*.py')
+mapfile -t cmakes < <(files \( -name CMakeLists.txt -o -name '*.cmake' \))
 
 say "== clang-format"
 clang-format --dry-run -Werror "${sources[@]}"
 
-say "== shellcheck"
-shellcheck "${scripts[@]}"
+say "== shellcheck, gawk, pyflakes, cmake-lint"
+shellcheck --check-sourced "${scripts[@]}"
+for script in "${awks[@]}"; do
+    # Variables start empty in awk, and these rely on it.
+    ! gawk --lint -f "$script" </dev/null 2>&1 >/dev/null | grep -v 'reference to uninitialized variable' ||
+        die "gawk complains about $script"
+done
+pyflakes3 "${pythons[@]}"
+# Without what it wants of names and comments, and two of its errors: variables that differ from those of CMake in case
+# alone, and the short form of separate_arguments().
+cmake-lint --suppress-decorations --line-width 120 --disabled-codes C0103 C0111 C0113 E1120 W0105 -- "${cmakes[@]}"
 
+everything=(-DVORNJSONDB_BENCH=ON -DVORNJSONDB_CLI=ON)
 say "== g++, warnings are errors"
-build gcc -DVORNJSONDB_BENCH=ON
+build gcc "${everything[@]}"
 
 # A build repeats what has changed, but does not know of clang-tidy's configuration.
 if [ -n "$(find . -name .clang-tidy -newer build/clang/CMakeCache.txt 2>/dev/null)" ]; then
@@ -29,12 +40,23 @@ fi
 say "== clang++, warnings are errors, and clang-tidy"
 # It would go on with next to no checks where it cannot read its configuration.
 grep -q bugprone-use-after-move <<<"$(clang-tidy --list-checks)" || die "clang-tidy does not understand .clang-tidy"
-build clang -DVORNJSONDB_BENCH=ON "-DCMAKE_CXX_CLANG_TIDY=clang-tidy;--quiet"
+build clang "${everything[@]}" "-DCMAKE_CXX_CLANG_TIDY=clang-tidy;--quiet"
+others=()
+for source in "${sources[@]}"; do
+    case $source in
+    fuzz/* | *.h) ;; # the fuzzers are compiled by ./dev fuzz, headers by whoever includes them
+    *) grep -q "\"$PWD/$source\"" build/clang/compile_commands.json || others+=("$source") ;;
+    esac
+done
+say "== clang++, what this build does not compile: ${others[*]}"
+# shellcheck disable=SC2046 # flags are many words
+clang++ -fsyntax-only -std=c++17 -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -Iinclude \
+    $(pkg-config --cflags jsoncpp) "${others[@]}"
 
 # Not its style checks: they ask for algorithms in place of loops, and for other signatures than the settled ones.
 say "== cppcheck"
 cppcheck --quiet --std=c++17 --enable=warning,performance,portability --inline-suppr --error-exitcode=1 \
-    --library=googletest -Iinclude "${folders[@]}"
+    --library=googletest -Iinclude "${sources[@]}"
 
 # It sees what is compiled while it watches, so everything is.
 say "== scan-build"

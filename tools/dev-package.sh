@@ -87,7 +87,8 @@ sed -i "s/@sha256@/$sha256/" "$out/yocto/vornjsondb_$version.bb"
 # As both of them build and stage it, with the options that they give.
 mapfile -t options < <(make -s BR2_PACKAGE_VORNJSONDB_CONTRACT=y BR2_PACKAGE_VORNJSONDB_TABLE=y -f <(printf '%s\n' 'cmake-package =' 'include packaging/buildroot/vornjsondb/vornjsondb.mk' \
     "all: ; @printf '%s\\n' \$(VORNJSONDB_CONF_OPTS)"))
-armhf_cmake "$out/recipe" -S "$out/armhf/$name" -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr "${options[@]}" >/dev/null
+armhf_configure "$out/recipe" -S "$out/armhf/$name" -DCMAKE_BUILD_TYPE=Release -DCMAKE_INSTALL_PREFIX=/usr "${options[@]}"
+compile "$out/recipe" >/dev/null
 DESTDIR=$out/staging cmake --install "$out/recipe" >/dev/null
 for file in include/VornJsonDbApi.h include/vorn/table.h lib/cmake/vornjsondb/vornjsondb-config.cmake \
     lib/pkgconfig/vornjsondb.pc lib/pkgconfig/vorntable.pc; do

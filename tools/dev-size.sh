@@ -38,14 +38,14 @@ declare -A table
 measure()
 {
     use "$1"
-    local column=$1_${2#-} folder=build/size/$1$2 arguments=(-S . -DBUILD_TESTING=OFF -DVORNJSONDB_EXAMPLES=OFF
+    local column=$1_${2#-} folder=build/size/$1$2 arguments=(-DBUILD_TESTING=OFF -DVORNJSONDB_EXAMPLES=OFF
         -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_FLAGS_RELEASE="$2 -DNDEBUG") output
     if [ "$platform" = armhf ]; then
-        output=$(armhf_cmake "$folder" "${arguments[@]}" 2>&1) || die "$output"
+        armhf_configure "$folder" "${arguments[@]}"
     else
-        output=$(cmake -G Ninja -B "$folder" "${arguments[@]}" 2>&1 && cmake --build "$folder" --parallel "$jobs" 2>&1) ||
-            die "$output"
+        configure "$folder" "${arguments[@]}"
     fi
+    output=$(compile "$folder" 2>&1) || die "$output"
 
     local library=$folder/libvornjsondb.so.7
     "${tool}strip" -o "$library" "$folder/src/libvornjsondb.so.7"

@@ -4,8 +4,8 @@
 . "$(dirname "$0")/common.sh"
 
 need "${packages_test[@]}"
-output=$(cmake --preset thread 2>&1) || die "$output"
-cmake --build --preset thread --parallel "$jobs" --target test_threads test_table_threads
+configure build/thread --preset thread
+compile build/thread test_threads test_table_threads
 
 # The sanitizer of this compiler cannot live with an address space that is laid out too randomly.
 plainly=()

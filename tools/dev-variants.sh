@@ -12,12 +12,10 @@ out=$PWD/build/variants
 # variant NAME [CMAKE-ARGUMENT...]: builds and runs all tests but the slow ones.
 variant()
 {
-    local folder=$out/$1 output
+    local folder=$out/$1
     say "== $1"
-    shift
-    output=$(cmake -G Ninja -B "$folder" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVORNJSONDB_WERROR=ON "$@" 2>&1) ||
-        die "$output"
-    cmake --build "$folder" --parallel "$jobs"
+    configure "$folder" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVORNJSONDB_WERROR=ON "${@:2}"
+    compile "$folder"
     ctest --test-dir "$folder" --output-on-failure --no-tests=error --parallel "$jobs" --label-exclude slow
 }
 
@@ -42,10 +40,10 @@ jsoncpp()
         die "there is no source of JsonCpp in $suite"
     fi
     tar --extract --file="$(echo "$folder"/libjsoncpp_*.orig.tar.*)" --strip-components=1 --directory="$folder/source"
-    if ! { cmake -G Ninja -S "$folder/source" -B "$folder/build" -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_STANDARD=17 \
+    configure "$folder/build" -S "$folder/source" -DCMAKE_BUILD_TYPE=Release -DCMAKE_CXX_STANDARD=17 \
         -DCMAKE_INSTALL_PREFIX="$folder/prefix" -DCMAKE_INSTALL_LIBDIR=lib -DJSONCPP_WITH_TESTS=OFF \
-        -DBUILD_STATIC_LIBS=OFF -DBUILD_OBJECT_LIBS=OFF &&
-        cmake --build "$folder/build" --parallel "$jobs" && cmake --install "$folder/build"; } >"$log" 2>&1; then
+        -DBUILD_STATIC_LIBS=OFF -DBUILD_OBJECT_LIBS=OFF
+    if ! { compile "$folder/build" && cmake --install "$folder/build"; } >"$log" 2>&1; then
         tail -n 30 "$log" >&2
         die "the JsonCpp of $suite could not be built"
     fi
