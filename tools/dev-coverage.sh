@@ -17,6 +17,10 @@ ctest --test-dir "$folder" --parallel "$jobs" --output-on-failure --label-exclud
 # every call.
 mkdir -p "$folder/report"
 gcovr --root . --filter src/ --object-directory "$folder/src" --exclude-throw-branches --exclude-unreachable-branches \
-    --branches --html-details "$folder/report/index.html" --print-summary "$@" "$folder/src"
+    --branches --html-details "$folder/report/index.html" --json "$folder/report/all.json" --print-summary "$@" "$folder/src"
+for room in src/*/; do
+    say "== $room"
+    gcovr --root . --add-tracefile "$folder/report/all.json" --filter "$room" --print-summary --output "$folder/report/room"
+done
 say "Details: $folder/report/index.html"
 exit "$status"

@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# tests with clang++, as a static library and with other releases of JsonCpp: [Debian suites to take JsonCpp from]
+# tests with clang++, as static libraries, each library alone and with other releases of JsonCpp: [Debian suites to take JsonCpp from]
 . "$(dirname "$0")/common.sh"
 . tools/apt.sh
 
@@ -54,11 +54,14 @@ variant clang -DCMAKE_CXX_COMPILER=clang++
 
 variant static -DVORNJSONDB_STATIC=ON
 
+variant contract-alone -DVORNJSONDB_TABLE=OFF
+variant table-alone -DVORNJSONDB_CONTRACT=OFF
+
 say "== SQLite"
 # All that is used of SQLite, none of which it calls deprecated.
 used=$(nm --undefined-only -C "$out"/static/src/libvornjsondb.a | sed -n 's/^ *U \(sqlite3_\)/\1/p' | sort -u | xargs)
 [ "$used" = "sqlite3_changes sqlite3_exec sqlite3_free sqlite3_malloc64 sqlite3_mprintf sqlite3_realloc64" ] || die "other functions of SQLite are used: $used"
-for source in src/core/*.cpp src/contract/*.cpp; do
+for source in src/core/*.cpp src/contract/*.cpp src/table/*.cpp; do
     # shellcheck disable=SC2046 # flags are many words
     g++ -std=c++17 -fsyntax-only -DSQLITE_OMIT_DEPRECATED -Iinclude $(pkg-config --cflags jsoncpp sqlite3) "$source"
 done

@@ -1,9 +1,14 @@
 // SPDX-License-Identifier: MIT
 //
-// What the library takes in a running process: its own mappings and the heap of its objects. Run by ./dev size, which
-// reads the lines "name value".
+// What a library takes in a running process: its own mappings and the heap of its objects. The probes are run by
+// ./dev size, which reads the lines "name value".
 
+#ifndef VORN_PROBE_H
+#define VORN_PROBE_H
+
+#include <json/json.h>
 #include <malloc.h>
+#include <sqlite3.h>
 #include <unistd.h>
 
 #include <cstdio>
@@ -14,15 +19,7 @@
 #include <string>
 #include <vector>
 
-#include "VornJsonDbApi.h"
-
-bool blLogToStdout = false;
-bool blDebugOutput = false;
-
-namespace
-{
-
-void require(bool blTrue, const char* szWhat)
+inline void require(bool blTrue, const char* szWhat)
 {
     if (blTrue)
         return;
@@ -31,7 +28,7 @@ void require(bool blTrue, const char* szWhat)
 }
 
 // The sum of one field, in KiB, over the mappings of the library's file.
-long mappedKilobytes(const std::string& strField)
+inline long mappedKilobytes(const std::string& strLibrary, const std::string& strField)
 {
     std::ifstream smaps("/proc/self/smaps");
     long sum = 0;
@@ -45,7 +42,7 @@ long mappedKilobytes(const std::string& strField)
         long value = 0;
         words >> strFirst;
         if (strFirst.back() != ':')  // the head of a mapping: a range of addresses first, its file last
-            blOurs = strLine.find("libvornjsondb.so") != std::string::npos;
+            blOurs = strLine.find(strLibrary) != std::string::npos;
         else if (blOurs && strFirst == strField + ":" && words >> value)
         {
             sum += value;
@@ -56,14 +53,14 @@ long mappedKilobytes(const std::string& strField)
     return sum;
 }
 
-size_t heapBytes()
+inline size_t heapBytes()
 {
     const struct mallinfo2 info = mallinfo2();
     return info.uordblks + info.hblkhd;
 }
 
 // A table of six columns, as a service of middle size has it.
-Json::Value definitionOf(const std::string& strTable)
+inline Json::Value definitionOf(const std::string& strTable)
 {
     Json::Value jDefinition;
     Json::Value& jMember = jDefinition[strTable]["member"];
@@ -74,41 +71,31 @@ Json::Value definitionOf(const std::string& strTable)
     return jDefinition;
 }
 
-std::unique_ptr<VornJsonDbApi> open(sqlite3* pDb, std::string strTable)
-{
-    Json::Value jDefinition = definitionOf(strTable);
-    std::string strCreate =
-        "CREATE TABLE IF NOT EXISTS " + strTable + " (address TEXT, created, enabled, id, limits, owner)";
-    return std::make_unique<VornJsonDbApi>(pDb, strTable, jDefinition, strCreate);
-}
-
-// A record goes in and comes back, so that the type map and everything else built at first use is there.
-void use(VornJsonDbApi& api)
+inline Json::Value sampleRecord()
 {
     Json::Value jRec;
     jRec["address"] = "203.0.113.7";
     jRec["limits"]["rate"] = 1.5;
     jRec["owner"] = 1000;
-    require(api.recCreate(jRec, jRec) == 0, "recCreate");
-    Json::Value jNone;
-    Json::Value jAll;
-    require(api.recList(jNone, jAll) == 0 && jAll.size() == 1, "recList");
+    return jRec;
 }
 
-}  // namespace
-
-int main()
+// What every probe does with its library's class: open(pDb, table) makes an object of a table with the columns of
+// definitionOf(), use(object) stores a record and reads it back.
+template <class Object>
+void probe(const std::string& strLibrary, std::unique_ptr<Object> (*open)(sqlite3*, const std::string&),
+           void (*use)(Object&))
 {
     constexpr size_t kCount = 200;
     sqlite3* pDb = nullptr;
     require(sqlite3_open(":memory:", &pDb) == SQLITE_OK, "sqlite3_open");
     {
-        const std::unique_ptr<VornJsonDbApi> first = open(pDb, "first");
+        const std::unique_ptr<Object> first = open(pDb, "first");
         use(*first);
-        std::printf("resident_kib %ld\n", mappedKilobytes("Rss"));
-        std::printf("copied_kib %ld\n", mappedKilobytes("Anonymous"));
+        std::printf("resident_kib %ld\n", mappedKilobytes(strLibrary, "Rss"));
+        std::printf("copied_kib %ld\n", mappedKilobytes(strLibrary, "Anonymous"));
 
-        std::vector<std::unique_ptr<VornJsonDbApi>> objects;
+        std::vector<std::unique_ptr<Object>> objects;
         objects.reserve(kCount);
         const size_t before = heapBytes();
         for (size_t i = 0; i < kCount; ++i)
@@ -116,7 +103,7 @@ int main()
         std::printf("object_bytes %zu\n", (heapBytes() - before) / kCount);
         objects.clear();
 
-        // The type maps stay: what is left when the objects and SQLite's tables are gone.
+        // What is left when the objects and SQLite's tables are gone.
         const size_t beforeTables = heapBytes();
         for (size_t i = 0; i < kCount; ++i)
         {
@@ -126,8 +113,10 @@ int main()
                     "drop");
         }
         sqlite3_db_release_memory(pDb);
-        std::printf("type_map_bytes %zu\n", (heapBytes() - beforeTables) / kCount);
+        const size_t afterTables = heapBytes();
+        std::printf("left_bytes %zu\n", afterTables > beforeTables ? (afterTables - beforeTables) / kCount : 0);
     }
     require(sqlite3_close(pDb) == SQLITE_OK, "sqlite3_close");
-    return 0;
 }
+
+#endif  // VORN_PROBE_H
