@@ -10,6 +10,7 @@
 #include "cell_value.h"
 #include "condition_parts.h"
 #include "condition_tree.h"
+#include "equal_filters.h"
 #include "failure.h"
 #include "request_keys.h"
 #include "suggestion.h"
@@ -149,15 +150,40 @@ private:
         if (!jValue.isArray() || jValue.empty())
             return failLogic(name);
         const bool blEach = blNegated != (logicName.logic == Logic::Nor);
-        const ConditionTree::Node group = m_tree.group(parent, kindOf((logicName.logic == Logic::And) != blEach));
-        for (const Json::Value& jFilter : jValue)
+        const bool blAnd = logicName.logic == Logic::And;
+        const bool blAll = blAnd != blEach;
+        const ConditionTree::Node group = m_tree.group(parent, kindOf(blAll));
+        for (Json::ArrayIndex i = 0; i < jValue.size();)
         {
-            if (!jFilter.isObject())
+            EqualFilters equal = equalFiltersAt(jValue, i, blAnd);
+            if (!equal.jList.empty() && !isKey(equal.name))
+            {
+                i += equal.jList.size();
+                if (!readEqual(std::move(equal), blAll, group))
+                    return false;
+                continue;
+            }
+            if (!jValue[i].isObject())
                 return failLogic(name);
-            if (!readFilter(jFilter, blEach, level + 1, group))
+            if (!readFilter(jValue[i++], blEach, level + 1, group))
                 return false;
         }
         return true;
+    }
+
+    bool isKey(std::string_view name) const
+    {
+        return m_definition.find(name) == nullptr &&
+               (name == kRawFilter || name == kRawParams || RequestKeys::keyOf(name) != RequestKeys::None);
+    }
+
+    bool readEqual(EqualFilters equal, bool blNegated, ConditionTree::Node group)
+    {
+        Subject subject;
+        std::size_t expected = 0;
+        m_compiled.lists.push_back(std::move(equal.jList));
+        return readSubject(m_definition, equal.name, expected, subject, m_status) &&
+               write(subject, Operator::In, m_compiled.lists.back(), blNegated, group);
     }
 
     bool failLogic(std::string_view name)

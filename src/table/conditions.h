@@ -25,6 +25,7 @@ struct Compiled
     std::string strSql;                 // "" or " WHERE ...", then " ORDER BY ..." and " LIMIT ? OFFSET ?"
     std::vector<BoundValue> values;     // of the parameters, in order; borrows from the request
     std::vector<const Member*> fields;  // what "fields" asks for, in order of the names; empty: every member
+    std::vector<Json::Value> lists;     // made of the request; values borrow from them too
     bool blCondition = false;           // whether there is a condition at any level
     bool blKeep = true;                 // whether its statement is worth keeping
 };

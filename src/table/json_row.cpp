@@ -12,6 +12,21 @@
 namespace vorn
 {
 
+namespace
+{
+
+// A name as SQL text. Names stand in the SQL text, as those of members do: they belong to the shape of a filter, and
+// SQLite compares each parameter with all others when it prepares a statement.
+std::string literal(std::string_view name)
+{
+    std::string strLiteral = "'";
+    for (const char c : name)
+        strLiteral.append(c == '\'' ? 2 : 1, c);
+    return strLiteral += '\'';
+}
+
+}  // namespace
+
 std::string rowValue(const std::string& strRow)
 {
     return "CASE WHEN " + strRow + ".type='text' THEN '\"'||" + strRow + ".value WHEN " + strRow +
@@ -61,8 +76,8 @@ std::string writeWalk(ConditionParts& parts, const Subject& subject)
             appendAll(parts.strSql, {",json_each(CASE ", strRow, ".type WHEN 'object' THEN ", strRow, ".value END"});
         strRow = letter + std::to_string(i);
         appendAll(parts.strSql, {") AS ", strRow});
-        appendAll(strWhere, {blFirst ? " WHERE " : " AND ", strRow, ".\"key\"=?"});
-        parts.values.push_back(BoundValue::owned(nulFree(rest.substr(0, dot))));
+        appendAll(strWhere,
+                  {blFirst ? " WHERE " : " AND ", strRow, ".\"key\"=", literal(nulFree(rest.substr(0, dot)))});
         if (dot == std::string_view::npos)
         {
             parts.strSql += strWhere;

@@ -71,6 +71,16 @@ std::string constraintText(int iResult, std::string_view member)
     }
 }
 
+// What SQLite says of a statement that is right, but too deep or too long.
+bool isTooMuch(std::string_view message)
+{
+    for (const std::string_view known :
+         {"parser stack overflow", "Expression tree is too large", "too many SQL variables", "too many terms in"})
+        if (message.substr(0, known.size()) == known)
+            return true;
+    return false;
+}
+
 }  // namespace
 
 Code codeOf(int iResult)
@@ -133,6 +143,12 @@ bool failPrepare(Status& status, sqlite3* pDb, int iResult)
     const std::string_view message = sqlite3_errmsg(pDb);
     if ((iResult & kPrimary) != SQLITE_ERROR)
         return failSqlite(status, pDb, iResult);
+    if (isTooMuch(message))
+    {
+        fail(status, Code::BadRequest, "", "The request is too much for SQLite: " + std::string(message) + '.');
+        status.sqlite = iResult;
+        return false;
+    }
     return failWith(status, iResult, "", "SQLite: " + std::string(message) + '.');
 }
 

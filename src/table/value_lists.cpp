@@ -81,10 +81,11 @@ std::string powersOfTwo(const std::vector<BoundValue>& values, std::size_t begin
     return strJson += '}';
 }
 
-// All powers of two that a real can be, from the least one, which is the first parameter.
+// All powers of two that a real can be, from the least one, which is the first parameter. CROSS keeps SQLite from
+// searching the power anew for every value.
 constexpr char kPowersOfTwoSql[] =
-    "(WITH RECURSIVE p(k,f) AS (SELECT -1074,? UNION ALL SELECT k+1,f*2.0 FROM p WHERE k<971) "
-    "SELECT i.value*p.f FROM json_each(?) AS o JOIN p ON p.k=CAST(o.\"key\" AS INTEGER) JOIN json_each(o.value) AS i)";
+    "(WITH RECURSIVE p(k,f) AS (SELECT -1074,? UNION ALL SELECT k+1,f*2.0 FROM p WHERE k<971) SELECT i.value*p.f "
+    "FROM json_each(?) AS o CROSS JOIN p ON p.k=CAST(o.\"key\" AS INTEGER) CROSS JOIN json_each(o.value) AS i)";
 
 std::string jsonOf(const BoundValue& value)
 {
