@@ -624,21 +624,11 @@ int VornJsonDbApi::SqlExpandMemberList(Json::Value& jRecParam, std::string& strS
     if (VORN_FAILED(jRecParam.type() != Json::objectValue && jRecParam.type() != Json::nullValue))
         return -1;
 
-    const char* szJoiner = nullptr;
-    switch (andType)
+    static constexpr const char* kJoiners[] = {" or ", " and ", " , "};  // by the joiner kinds
+    if (andType < VORN_SQL_WHERE_TYPE_OR || andType > VORN_SQL_WHERE_TYPE_COMMA)
     {
-        case VORN_SQL_WHERE_TYPE_OR:
-            szJoiner = " or ";
-            break;
-        case VORN_SQL_WHERE_TYPE_AND:
-            szJoiner = " and ";
-            break;
-        case VORN_SQL_WHERE_TYPE_COMMA:
-            szJoiner = " , ";
-            break;
-        default:
-            VORN_ERROR("error andType=%d", andType);
-            return -1;
+        VORN_ERROR("error andType=%d", andType);
+        return -1;
     }
     const bool blGrouped = andType != VORN_SQL_WHERE_TYPE_COMMA;
 
@@ -654,7 +644,7 @@ int VornJsonDbApi::SqlExpandMemberList(Json::Value& jRecParam, std::string& strS
             continue;
 
         if (blWritten)
-            strSqlWhereOut += szJoiner;
+            strSqlWhereOut += kJoiners[andType];
         else if (blGrouped)
             strSqlWhereOut += " (";
         blWritten = true;
@@ -810,10 +800,7 @@ int VornJsonDbApi::select(Json::Value& jRecParam, const Json::Value& jRecArrayOu
         std::string strSqlPrefix = "SELECT ";
         static_cast<void>(SqlExpandMemberName(strSqlPrefix));  // cannot fail
         strSqlRun.swap(strSqlPrefix);
-        appendAll(strSqlRun, {" FROM ", m_strName, " "});
-        if (!strSql.empty())
-            appendAll(strSqlRun, {" WHERE ", strSql});
-        appendAll(strSqlRun, {strSqlLimit, ";"});
+        appendAll(strSqlRun, {" FROM ", m_strName, strSql.empty() ? " " : "  WHERE ", strSql, strSqlLimit, ";"});
         return !VORN_FAILED_AS(0 > execute(strSqlRun, callback, pContext), kNotListed);
     };
     if (listed())
@@ -909,10 +896,7 @@ int VornJsonDbApi::removeWhere(MakeCondition makeCondition, bool blAllowAll)
         std::string strSql;
         if (!makeCondition(strSql) || (!blAllowAll && VORN_FAILED(strSql.empty())))
             return false;
-        if (strSql.empty())
-            appendAll(strSqlRun, {"DELETE FROM ", m_strName, " ;"});
-        else
-            appendAll(strSqlRun, {"DELETE FROM ", m_strName, "  WHERE ", strSql, ";"});
+        appendAll(strSqlRun, {"DELETE FROM ", m_strName, strSql.empty() ? " " : "  WHERE ", strSql, ";"});
         return !VORN_FAILED_AS(0 > (err = execute(strSqlRun)), kNotRun);
     };
     if (removed())

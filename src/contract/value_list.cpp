@@ -20,18 +20,12 @@ bool isPlain(std::string_view text)
     return text.find('%') == std::string_view::npos && text.find('\0') == std::string_view::npos;
 }
 
-// What constructing a std::string from a null pointer raises.
-[[noreturn]] void failWithoutText()
+// A text from SQLite. Without one it raises what constructing a std::string from a null pointer does.
+const char* checked(const char* szText)
 {
-    throw std::logic_error("basic_string: construction from null is not valid");
-}
-
-// A result of SQLite's formatter as text.
-const char* checked(const char* szFormatted)
-{
-    if (szFormatted == nullptr)
-        failWithoutText();
-    return szFormatted;
+    if (szText == nullptr)
+        throw std::logic_error("basic_string: construction from null is not valid");
+    return szText;
 }
 
 // One conversion of a format, found by SQLite's own grammar: flags, width, precision, length, type.
@@ -78,31 +72,24 @@ Conversion readConversion(const char*& szFormat)
 class Argument
 {
 public:
-    explicit Argument(sqlite3_int64 iValue) : m_kind(Kind::Integer), m_iValue(iValue) {}
+    explicit Argument(sqlite3_int64 iValue) : m_kind('i'), m_iValue(iValue) {}
     explicit Argument(sqlite3_uint64 uValue) : Argument(static_cast<sqlite3_int64>(uValue)) {}
-    explicit Argument(double dValue) : m_kind(Kind::Real), m_dValue(dValue) {}
-    explicit Argument(const char* szValue) : m_kind(Kind::Text), m_szValue(szValue) {}
+    explicit Argument(double dValue) : m_kind('r'), m_dValue(dValue) {}
+    explicit Argument(const char* szValue) : m_kind('t'), m_szValue(szValue) {}
 
-    sqlite3_int64 integer() { return takes(Kind::Integer) ? m_iValue : 0; }
-    double real() { return takes(Kind::Real) ? m_dValue : 0.0; }
-    const char* text() { return takes(Kind::Text) ? m_szValue : nullptr; }
+    sqlite3_int64 integer() { return takes('i') ? m_iValue : 0; }
+    double real() { return takes('r') ? m_dValue : 0.0; }
+    const char* text() { return takes('t') ? m_szValue : nullptr; }
 
 private:
-    enum class Kind
-    {
-        Integer,
-        Real,
-        Text
-    };
-
-    bool takes(Kind kind)
+    bool takes(char kind)
     {
         const bool blFirst = !m_blTaken;
         m_blTaken = true;
         return blFirst && m_kind == kind;
     }
 
-    Kind m_kind;
+    char m_kind;  // integer, real or text
     sqlite3_int64 m_iValue = 0;
     double m_dValue = 0.0;
     const char* m_szValue = nullptr;
@@ -212,8 +199,7 @@ void ValueList::append(std::string_view piece)
     {
         const std::size_t capacity = 2 * (m_length + piece.size()) + kRoom;
         auto* szText = static_cast<char*>(sqlite3_realloc64(m_szText, capacity));
-        if (szText == nullptr)
-            failWithoutText();
+        static_cast<void>(checked(szText));
         if (m_szText == nullptr)
             std::memcpy(szText, m_start.data(), m_length);
         m_szText = szText;
