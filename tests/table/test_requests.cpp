@@ -1,0 +1,302 @@
+// SPDX-License-Identifier: MIT
+//
+// Requests: order, pages and fields; which mistakes are reported and how; which indexes serve; what is kept.
+
+#include <set>
+
+#include "filter_table.h"
+
+namespace table_tests
+{
+namespace
+{
+
+struct Case
+{
+    const char* szRequest;
+    const char* szExpected;
+};
+
+void expectAll(FilterTable& table, const std::vector<Case>& cases)
+{
+    for (const Case& c : cases)
+        EXPECT_EQ(c.szExpected, table.ids(json(c.szRequest))) << c.szRequest << ": " << table->status().text;
+}
+
+TEST(Requests, SortAndPage)
+{
+    FilterTable table("s:string n:int j:Json::Value");
+    table.add(json(R"({"id":1,"s":"b","n":2,"j":{"k":2}})"));
+    table.add(json(R"({"id":2,"s":"a","n":2,"j":{"k":"x"}})"));
+    table.add(json(R"({"id":3,"s":"b","n":1,"j":{"k":10}})"));
+    table.add(json(R"({"id":4})"));
+    expectAll(table, {
+                         {R"({"sort_by":"id"})", "1 2 3 4"},
+                         {R"({"sort_by":"-id"})", "4 3 2 1"},
+                         {R"({"sort_by":["s","n"]})", "4 2 3 1"},
+                         {R"({"$sort_by":["-s","-n"]})", "1 3 2 4"},
+                         {R"({"sort_by":["n","-id"]})", "4 3 2 1"},
+                         {R"({"sort_by":"id","sort_direction":"desc"})", "4 3 2 1"},
+                         {R"({"sort_by":["id"],"$sort_direction":"asc"})", "1 2 3 4"},
+                         {R"({"sort_by":"j.k"})", "4 1 3 2"},
+                         {R"({"sort_by":"-j.k"})", "2 3 1 4"},
+                         {R"({"sort_by":"id","limit":2})", "1 2"},
+                         {R"({"sort_by":"id","offset":3})", "4"},
+                         {R"({"sort_by":"id","$limit":2.0,"$offset":1})", "2 3"},
+                         {R"({"sort_by":"id","limit":0})", ""},
+                         {R"({"sort_by":"id","limit":9223372036854775807})", "1 2 3 4"},
+                         {R"({"n":2,"sort_by":"id","limit":1})", "1"},
+                     });
+}
+
+TEST(Requests, AMemberWithTheNameOfAKeyIsTheMemberAndTheKeyHasADollar)
+{
+    FilterTable table("limit:int fields:string sort_by:string");
+    for (int i = 1; i <= 3; ++i)
+        table.add(json("{\"id\":" + std::to_string(i) + ",\"limit\":" + std::to_string(i) + "}"));
+    Json::Value jRows;
+    EXPECT_EQ(0, table->recList(json(R"({"limit":2})"), jRows));
+    EXPECT_EQ(1U, jRows.size());
+    jRows.clear();
+    EXPECT_EQ(0, table->recList(json(R"({"limit":{"$gt":0},"$limit":2})"), jRows));
+    EXPECT_EQ(2U, jRows.size());
+    EXPECT_EQ(1, table->recCount(json(R"({"limit":2})")));
+}
+
+TEST(Requests, MistakesNameWhatIsWrong)
+{
+    FilterTable table("name:string b:bool n:int d:double f:float o:Json::objectValue a:Json::arrayValue j:Json::Value");
+    table.add(json(R"({"id":1})"));
+    const std::vector<Case> cases = {
+        {R"([])", "BadRequest "},
+        {R"("text")", "BadRequest "},
+        {R"({"nmae":1})", "UnknownMember nmae"},
+        {R"({"$or":[{"nmae":1}]})", "UnknownMember nmae"},
+        {R"({"name.x":1})", "UnknownMember name.x"},
+        {R"({"n.x.y":1})", "UnknownMember n.x.y"},
+        {R"({"a.x":1})", "BadType a.x"},
+        {R"({"x.y":1})", "UnknownMember x.y"},
+        {R"({"":1})", "UnknownMember "},
+        {R"({"name":{"$equal":1}})", "BadRequest $equal"},
+        {R"({"name":{"$eq":"x","plain":1}})", "BadRequest plain"},
+        {R"({"name":{"$or":[]}})", "BadRequest $or"},
+        {R"({"$gt":1})", "BadRequest $gt"},
+        {R"({"$xor":[]})", "BadRequest $xor"},
+        {R"({"$and":[]})", "BadRequest $and"},
+        {R"({"$or":{}})", "BadRequest $or"},
+        {R"({"$nor":[1]})", "BadRequest $nor"},
+        {R"({"$or":[null]})", "BadRequest $or"},
+        {R"({"$not":[]})", "BadRequest $not"},
+        {R"({"$not":null})", "BadRequest $not"},
+        {R"({"n":{"$not":1}})", "BadRequest $not"},
+        {R"({"n":{"$not":{}}})", "BadRequest $not"},
+        {R"({"n":{"$not":{"x":1}}})", "BadRequest x"},
+        {R"({"$and":[{"limit":1}]})", "BadRequest limit"},
+        {R"({"$not":{"$sort_by":"n"}})", "BadRequest $sort_by"},
+        {R"({"limit":1,"$limit":1})", "BadRequest limit"},
+        {R"({"a":{"$all":[]}})", "BadRequest $all"},
+        {R"({"name":{"$like":"a\u0000"}})", "BadRequest $like"},
+        {R"({"j.x":{"$glob":"\u0000"}})", "BadRequest $glob"},
+        {R"({"n":{"$in":5}})", "BadType n"},
+        {R"({"j.x":{"$nin":{}}})", "BadType j.x"},
+        {R"({"n":{"$exists":1}})", "BadType n"},
+        {R"({"j.x":{"$exists":null}})", "BadType j.x"},
+        {R"({"n":{"$gt":null}})", "BadType n"},
+        {R"({"n":{"$gt":"5"}})", "BadType n"},
+        {R"({"n":{"$gt":true}})", "BadType n"},
+        {R"({"j.x":{"$lt":null}})", "BadType j.x"},
+        {R"({"j.x":{"$lt":[]}})", "BadType j.x"},
+        {R"({"j.x":{"$lt":true}})", "BadType j.x"},
+        {R"({"b":{"$gt":true}})", "BadType b"},
+        {R"({"o":{"$gte":{}}})", "BadType o"},
+        {R"({"j":{"$lte":1}})", "BadType j"},
+        {R"({"name":5})", "BadType name"},
+        {R"({"name":["x",5]})", "BadType name"},
+        {R"({"name":{}})", "BadType name"},
+        {R"({"n":5.5})", "BadType n"},
+        {R"({"b":1})", "BadType b"},
+        {R"({"a":[1]})", "BadType a"},
+        {R"({"n":{"$like":"5"}})", "BadType n"},
+        {R"({"j":{"$beginsWith":"5"}})", "BadType j"},
+        {R"({"name":{"$beginsWith":5}})", "BadType name"},
+        {R"({"j.x":{"$glob":null}})", "BadType j.x"},
+        {R"({"name":{"$size":1}})", "BadType name"},
+        {R"({"o":{"$all":[1]}})", "BadType o"},
+        {R"({"a":{"$all":1}})", "BadType a"},
+        {R"({"a":{"$size":1.5}})", "BadType a"},
+        {R"({"a":{"$size":null}})", "BadType a"},
+        {R"({"a":{"$size":-1}})", "OutOfRange a"},
+        {R"({"j.x":{"$size":-1}})", "OutOfRange j.x"},
+        {R"({"n":3000000000})", "OutOfRange n"},
+        {R"({"n":[1,3000000000]})", "OutOfRange n"},
+        {R"({"f":1e300})", "OutOfRange f"},
+        {R"({"d":NaN})", "OutOfRange d"},
+        {R"({"n":{"$lt":Infinity}})", "OutOfRange n"},
+        {R"({"j.x":Infinity})", "OutOfRange j.x"},
+        {R"({"vornSqlWhereFilter":""})", "BadRequest vornSqlWhereFilter"},
+        {R"({"vornSqlWhereFilter":" \t\n"})", "BadRequest vornSqlWhereFilter"},
+        {R"({"vornSqlWhereFilter":"-- 1"})", "BadRequest vornSqlWhereFilter"},
+        {R"({"vornSqlWhereFilter":5})", "BadRequest vornSqlWhereFilter"},
+        {R"~({"vornSqlWhereFilter":"1) OR (1"})~", "BadRequest vornSqlWhereFilter"},
+        {R"~({"vornSqlWhereFilter":"(1"})~", "BadRequest vornSqlWhereFilter"},
+        {R"({"vornSqlWhereFilter":"name = 'x"})", "BadRequest vornSqlWhereFilter"},
+        {R"({"vornSqlWhereFilter":"\"name = 1"})", "BadRequest vornSqlWhereFilter"},
+        {R"({"vornSqlWhereFilter":"[n = 1"})", "BadRequest vornSqlWhereFilter"},
+        {R"({"vornSqlWhereFilter":"1 /* x"})", "BadRequest vornSqlWhereFilter"},
+        {R"({"vornSqlWhereFilter":"1; DELETE FROM t"})", "BadRequest vornSqlWhereFilter"},
+        {R"({"vornSqlWhereFilter":"1\u0000"})", "BadRequest vornSqlWhereFilter"},
+        {R"({"vornSqlWhereFilter":"n=?1","vornSqlWhereParams":[1]})", "BadRequest vornSqlWhereFilter"},
+        {R"({"vornSqlWhereFilter":"n=@x","vornSqlWhereParams":{"x":1}})", "BadRequest vornSqlWhereFilter"},
+        {R"({"vornSqlWhereFilter":"n=$x","vornSqlWhereParams":{"x":1}})", "BadRequest vornSqlWhereFilter"},
+        {R"({"vornSqlWhereFilter":"n=#x","vornSqlWhereParams":{"x":1}})", "BadRequest vornSqlWhereFilter"},
+        {R"({"vornSqlWhereFilter":"n=?"})", "BadRequest vornSqlWhereParams"},
+        {R"({"vornSqlWhereFilter":"n=?","vornSqlWhereParams":[]})", "BadRequest vornSqlWhereParams"},
+        {R"({"vornSqlWhereFilter":"n=?","vornSqlWhereParams":[1,2]})", "BadRequest vornSqlWhereParams"},
+        {R"({"vornSqlWhereFilter":"n=:x","vornSqlWhereParams":{"y":1}})", "BadRequest vornSqlWhereParams"},
+        {R"({"vornSqlWhereFilter":"n=:x","vornSqlWhereParams":{"x":1,"y":1}})", "BadRequest vornSqlWhereParams"},
+        {R"({"vornSqlWhereFilter":"n=1","vornSqlWhereParams":5})", "BadRequest vornSqlWhereParams"},
+        {R"({"vornSqlWhereParams":[]})", "BadRequest vornSqlWhereParams"},
+        {R"({"vornSqlWhereFilter":"n=?","vornSqlWhereParams":[NaN]})", "OutOfRange vornSqlWhereParams"},
+        {R"({"vornSqlWhereFilter":"nonsense = 1"})", "Sqlite "},
+        {R"({"limit":null})", "BadRequest limit"},
+        {R"({"$limit":-1})", "BadRequest $limit"},
+        {R"({"offset":1.5})", "BadRequest offset"},
+        {R"({"offset":"1"})", "BadRequest offset"},
+        {R"({"limit":1e19})", "BadRequest limit"},
+        {R"({"sort_by":null})", "BadRequest sort_by"},
+        {R"({"sort_by":[]})", "BadRequest sort_by"},
+        {R"({"sort_by":[5]})", "BadRequest sort_by"},
+        {R"({"sort_by":"-nmae"})", "UnknownMember nmae"},
+        {R"({"sort_by":"a.x"})", "BadType a.x"},
+        {R"({"sort_direction":"asc"})", "BadRequest sort_direction"},
+        {R"({"sort_by":"n","sort_direction":"up"})", "BadRequest sort_direction"},
+        {R"({"sort_by":"-n","sort_direction":"asc"})", "BadRequest sort_direction"},
+        {R"({"sort_by":["n","d"],"sort_direction":"asc"})", "BadRequest sort_direction"},
+    };
+    for (const Case& c : cases)
+    {
+        Json::Value jRows = "untouched";
+        Json::Value jOut;
+        EXPECT_EQ(-1, table->explain(json(c.szRequest), jOut)) << c.szRequest;
+        EXPECT_EQ(c.szExpected, table.failure()) << c.szRequest << ": " << table->status().text;
+        EXPECT_NE("", table->status().text);
+        EXPECT_EQ(1, table->recCount(Json::Value()));
+    }
+    Json::Value jRows;
+    for (const char* szFields : {"null", "[]", "\"n\"", "[5]"})
+    {
+        EXPECT_EQ(-1, table->recList(json(std::string("{\"fields\":") + szFields + "}"), jRows));
+        EXPECT_EQ("BadRequest fields", table.failure());
+    }
+    EXPECT_EQ(-1, table->recList(json(R"({"fields":["nmae"]})"), jRows));
+    EXPECT_EQ("UnknownMember nmae", table.failure());
+}
+
+TEST(Requests, TextsSayWhatWasProbablyMeant)
+{
+    FilterTable table("name:string address:Json::objectValue");
+    for (const Case& c : std::vector<Case>{
+             {R"({"nmae":1})", "did you mean \"name\"?"},
+             {R"({"adress.city":1})", "did you mean \"address.city\"?"},
+             {R"({"name":{"$beginswith":"x"}})", "did you mean \"$beginsWith\"?"},
+             {R"({"name":{"$nq":"x"}})", "did you mean \"$"},
+             {R"({"$andd":[]})", "did you mean \"$and\"?"},
+             {R"({"$limt":1})", "did you mean \"$limit\"?"},
+             {R"({"$gt":1})", "belongs to a member"},
+             {R"({"$not":{"limit":1}})", "belongs to the request itself"},
+         })
+    {
+        EXPECT_NE("", table.ids(json(c.szRequest)));
+        EXPECT_NE(std::string::npos, table->status().text.find(c.szExpected)) << table->status().text;
+    }
+    EXPECT_EQ(-1, table->recCount(json(R"({"limit":1})")));
+    EXPECT_EQ("BadRequest limit", table.failure());
+    EXPECT_NE(std::string::npos, table->status().text.find("recList()")) << table->status().text;
+    EXPECT_EQ(-1, table->recDelete(json(R"({"name":"x","$offset":1})")));
+    EXPECT_EQ("BadRequest $offset", table.failure());
+}
+
+TEST(Requests, IndexesServe)
+{
+    FilterTable table("s:string+ i:int+ d:double+ b:bool+ folded:string");
+    const std::string strBy = "SEARCH t USING INDEX t:";
+    for (const Case& c : std::vector<Case>{
+             {R"({"s":"x"})", "s:index (s=?)"},
+             {R"({"s":null})", "s:index (s=?)"},
+             {R"({"s":["x","y","z"]})", "s:index (s=?)"},
+             {R"({"s":{"$gt":"x"}})", "s:index (s>?)"},
+             {R"({"s":{"$gte":"x","$lt":"y"}})", "s:index (s>? AND s<?)"},
+             {R"({"s":{"$beginsWith":"x"}})", "s:index (s>? AND s<?)"},
+             {R"({"s":{"$beginsWith":""}})", "s:index (s>? AND s<?)"},
+             {R"({"i":5})", "i:index (i=?)"},
+             {R"({"i":[5,6]})", "i:index (i=?)"},
+             {R"({"i":{"$gt":5.5}})", "i:index (i>?)"},
+             {R"({"d":{"$lte":5}})", "d:index (d<?)"},
+             {R"({"d":[0.1,0.2]})", "d:index (d=?)"},
+             {R"({"b":true})", "b:index (b=?)"},
+             {R"({"s":"x","i":{"$ne":3}})", "s:index (s=?)"},
+             {R"({"$and":[{"s":"x"},{"i":{"$ne":3}}]})", "s:index (s=?)"},
+             {R"({"$or":[{"s":"x"},{"s":"y"}]})", "s:index (s=?)"},
+         })
+        EXPECT_EQ(strBy + c.szExpected, table.plan(json(c.szRequest))) << c.szRequest;
+    EXPECT_EQ("SCAN t USING INDEX t:s:index", table.plan(json(R"({"sort_by":"s"})")));
+    EXPECT_EQ("SCAN t USING INDEX t:s:index", table.plan(json(R"({"sort_by":"-s","limit":5})")));
+    EXPECT_EQ("SEARCH t USING INTEGER PRIMARY KEY (rowid=?)", table.plan(json(R"({"id":5})")));
+    sqlite3_limit(table.db(), SQLITE_LIMIT_VARIABLE_NUMBER, 3);
+    for (const char* szRequest : {R"({"s":["1","2","3","4","\u0000"]})", R"({"i":[1,2,3,4]})", R"({"d":[1,2,3,4]})"})
+        EXPECT_EQ(0U, table.plan(json(szRequest)).find(strBy)) << table.plan(json(szRequest));
+}
+
+TEST(Requests, APrefixIsExactWhateverTheColumnCollatesBy)
+{
+    FilterTable table("s:string", "t", "CREATE TABLE t (id INTEGER PRIMARY KEY, s TEXT COLLATE NOCASE)");
+    table.add(json(R"({"id":1,"s":"AZ1"})"));
+    table.add(json(R"({"id":2,"s":"az2"})"));
+    table.add(json(R"({"id":3,"s":"AZ"})"));
+    table.add(json(R"({"id":4,"s":"A\u0010FFFF"})"));
+    table.add(json(R"({"id":5,"s":"\udbff\udfff\udbff\udfff"})"));
+    expectAll(table, {
+                         {R"({"s":{"$beginsWith":"AZ"}})", "1 3"},
+                         {R"({"s":{"$beginsWith":"a"}})", "2"},
+                         {R"({"s":"az"})", "3"},
+                         {R"({"s":{"$beginsWith":"\udbff\udfff"}})", "5"},
+                     });
+}
+
+TEST(Requests, OneShapeHasOneText)
+{
+    FilterTable table("s:string i:int j:Json::Value");
+    const auto sqlOf = [&](const std::string& strRequest)
+    {
+        Json::Value jOut;
+        EXPECT_EQ(0, table->explain(json(strRequest), jOut)) << table->status().text;
+        EXPECT_EQ(std::string::npos, jOut["sql"].asString().find("secret"));
+        return jOut["sql"].asString();
+    };
+    const std::vector<std::vector<const char*>> shapes = {
+        {R"({"s":"secret"})", R"({"s":"'"})", R"({"s":""})"},
+        {R"({"s":{"$beginsWith":"secret"},"i":{"$gt":1,"$lte":2.5}})",
+         R"({"s":{"$beginsWith":"%"},"i":{"$gt":7,"$lte":9}})"},
+        {R"({"j.k":"secret","limit":5,"offset":6})", R"({"j.k":true,"limit":7,"offset":0})",
+         R"({"j.k":5,"limit":1,"offset":1})"},
+        {R"({"i":[1,2,3]})", R"({"i":[1,2,3,4]})"},
+        {R"({"i":[1,2,3,4,5]})", R"({"i":[1,2,3,4,5,6,7,8]})", R"({"i":[1,1,1,1,1,1]})"},
+        {R"({"j":{"$all":[1]}})", R"({"j":{"$all":["secret"]}})"},
+    };
+    std::set<std::string> texts;
+    for (const auto& shape : shapes)
+    {
+        for (const char* szRequest : shape)
+            EXPECT_EQ(sqlOf(shape.front()), sqlOf(szRequest));
+        texts.insert(sqlOf(shape.front()));
+    }
+    EXPECT_EQ(shapes.size(), texts.size());
+    std::set<std::string> lengths;
+    std::string strList = "0";
+    for (int i = 1; i <= 100; ++i, strList += ",1")
+        lengths.insert(sqlOf("{\"i\":[" + strList + "]}"));
+    EXPECT_EQ(8U, lengths.size());
+}
+
+}  // namespace
+}  // namespace table_tests
