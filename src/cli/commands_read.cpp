@@ -2,16 +2,16 @@
 //
 // list, get, count, explain and export.
 
-#include <cerrno>
-#include <cstdio>
-#include <cstring>
-#include <memory>
+#include <algorithm>
+#include <functional>
 
 #include "commands.h"
 #include "error.h"
 #include "json_argument.h"
+#include "output.h"
 #include "progress.h"
 #include "record_sink.h"
+#include "utf8.h"
 
 namespace cli
 {
@@ -19,28 +19,32 @@ namespace cli
 namespace
 {
 
-void requireWritten(std::FILE* pOutput, const std::string& strName)
-{
-    if (std::fflush(pOutput) != 0 || std::ferror(pOutput) != 0)
-        throw failure(errno == ENOSPC ? vorn::Code::Full : vorn::Code::Sqlite,
-                      "writing " + strName + " failed: " + std::strerror(errno));
-}
-
 // Writes the records of the request as they come; returns their count.
-long long writeAll(Store& store, const Json::Value& jRequest, RecordSink& sink, Progress* pProgress)
+long long writeAll(Store& store, const Options& options, const Json::Value& jRequest, Output& output,
+                   const std::string& strFormat, const std::function<void(std::uint64_t)>& tell)
 {
+    const auto sink = openSink(output, strFormat, columnsOf(options, store.members()));
     std::uint64_t records = 0;
     const long long found = store.table().recForEach(jRequest,
                                                      [&](Json::Value& jRec)
                                                      {
-                                                         sink.write(jRec);
-                                                         if (pProgress != nullptr)
-                                                             pProgress->show(0, 0, ++records);
-                                                         return true;
+                                                         sink->write(jRec);
+                                                         tell(++records);
+                                                         return !output.hasFailed();
                                                      });
     require(store.table(), found >= 0);
-    sink.finish();
+    sink->finish();
+    output.finish();
     return found;
+}
+
+// How many records the request will give.
+std::uint64_t expected(Store& store, const Options& options)
+{
+    const long long found = store.table().recCount(filterOf(store.members(), options.arguments));
+    require(store.table(), found >= 0);
+    const long long left = std::max(0LL, found - std::max(0LL, options.iOffset));
+    return static_cast<std::uint64_t>(options.iLimit >= 0 ? std::min(left, options.iLimit) : left);
 }
 
 }  // namespace
@@ -76,9 +80,9 @@ std::vector<std::string> columnsOf(const Options& options, const Json::Value& jM
 int list(const Options& options)
 {
     Store store(options, Access::Read);
-    const auto sink = openSink(stdout, options.strFormat, columnsOf(options, store.members()));
-    const long long found = writeAll(store, requestOf(options, store.members()), *sink, nullptr);
-    requireWritten(stdout, "standard output");
+    Output output("");
+    const Json::Value jRequest = requestOf(options, store.members());
+    const long long found = writeAll(store, options, jRequest, output, options.strFormat, [](std::uint64_t) {});
     return found > 0 ? kDone : kNothingFound;
 }
 
@@ -90,10 +94,11 @@ int get(const Options& options)
     require(store.table(), found >= 0);
     if (found == 0)
         return kNothingFound;
-    const auto sink = openSink(stdout, options.strFormat, columnsOf(options, store.members()));
+    Output output("");
+    const auto sink = openSink(output, options.strFormat, columnsOf(options, store.members()));
     sink->write(jRec);
     sink->finish();
-    requireWritten(stdout, "standard output");
+    output.finish();
     return kDone;
 }
 
@@ -102,8 +107,7 @@ int count(const Options& options)
     Store store(options, Access::Read);
     const long long found = store.table().recCount(filterOf(store.members(), options.arguments));
     require(store.table(), found >= 0);
-    std::printf("%lld\n", found);
-    requireWritten(stdout, "standard output");
+    printLine(std::to_string(found));
     return found > 0 ? kDone : kNothingFound;
 }
 
@@ -112,30 +116,25 @@ int explain(const Options& options)
     Store store(options, Access::Read);
     Json::Value jOut;
     require(store.table(), store.table().explain(requestOf(options, store.members()), jOut) == 0);
-    std::printf("%s\n", jOut["sql"].asCString());
+    std::string strText = jOut["sql"].asString();
     for (const Json::Value& jValue : jOut["parameters"])
-        std::printf("  ? %s\n", compact(jValue).c_str());
+        strText += "\n  ? " + compact(jValue);
     for (const Json::Value& jLine : jOut["plan"])
-        std::printf("  %s\n", jLine.asCString());
-    requireWritten(stdout, "standard output");
+        strText += "\n  " + jLine.asString();
+    printLine(harmless(strText, true));
     return kDone;
 }
 
 int exportRecords(const Options& options)
 {
     Store store(options, Access::Read);
-    std::unique_ptr<std::FILE, int (*)(std::FILE*)> file(nullptr, &std::fclose);
-    if (!options.strOutput.empty())
-        file.reset(std::fopen(options.strOutput.c_str(), "wb"));
-    if (!options.strOutput.empty() && file == nullptr)
-        throw failure(vorn::Code::ReadOnly, "the file " + options.strOutput + " cannot be written");
-    std::FILE* const pOutput = file != nullptr ? file.get() : stdout;
-
-    const std::string strFormat = options.strFormat.empty() ? "jsonl" : options.strFormat;
-    const auto sink = openSink(pOutput, strFormat, columnsOf(options, store.members()));
+    const Json::Value jRequest = requestOf(options, store.members());
     Progress progress("exporting");
-    const long long found = writeAll(store, requestOf(options, store.members()), *sink, &progress);
-    requireWritten(pOutput, options.strOutput.empty() ? "standard output" : options.strOutput);
+    const std::uint64_t total = progress.isSeen() ? expected(store, options) : 0;
+    Output output(options.strOutput);
+    const std::string strFormat = options.strFormat.empty() ? "jsonl" : options.strFormat;
+    const long long found = writeAll(store, options, jRequest, output, strFormat,
+                                     [&](std::uint64_t records) { progress.show(records, total, records); });
     return found > 0 ? kDone : kNothingFound;
 }
 

@@ -34,9 +34,6 @@ void Csv::readNames(const Json::Value& jMembers)
     for (std::size_t i = 0; i < m_width; ++i)
     {
         Column column{text(m_cells[m_first + i]), "", i};
-        constexpr std::string_view kByteOrderMark = "\xEF\xBB\xBF";
-        if (i == 0 && column.strName.compare(0, kByteOrderMark.size(), kByteOrderMark) == 0)
-            column.strName.erase(0, kByteOrderMark.size());
         if (!isUtf8(column.strName))
             throw failure(vorn::Code::BadType, m_input.name() + ": the line of names is not UTF-8");
         const Json::Value& jMember = jMembers.isObject() ? jMembers[column.strName] : Json::Value::nullSingleton();
@@ -93,7 +90,9 @@ bool Csv::refill()
         const bool blRead = m_blAtEnd ? csv_fini(&m_parser, onCell, onRow, this) == 0
                                       : csv_parse(&m_parser, szBlock, size, onCell, onRow, this) == size;
         if (!blRead)
-            throw failure(vorn::Code::BadType, where() + ": " + csv_strerror(csv_error(&m_parser)));
+            throw csv_error(&m_parser) == CSV_EPARSE
+                ? failure(vorn::Code::BadType, where() + ": a quote in the wrong place, or one that is never closed")
+                : failure(vorn::Code::OutOfRange, where() + ": " + csv_strerror(csv_error(&m_parser)));
         if (csv_get_buffer_size(&m_parser) + m_strBytes.size() > kLongestRecord)
             throw failure(vorn::Code::OutOfRange, where() + ": a record is longer than 64 MiB");
     }

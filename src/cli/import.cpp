@@ -2,17 +2,16 @@
 //
 // import: everything in one transaction, a batch of records at a time.
 
-#include <vorn/transaction.h>
-
-#include <cstdio>
-#include <fstream>
 #include <iostream>
+#include <memory>
 
 #include "commands.h"
 #include "error.h"
+#include "output.h"
 #include "progress.h"
 #include "record_sink.h"
 #include "record_source.h"
+#include "utf8.h"
 
 namespace cli
 {
@@ -27,9 +26,7 @@ public:
     {
         if (options.strSkipBad.empty())
             return;
-        m_bad.open(options.strSkipBad, std::ios::binary | std::ios::trunc);
-        if (!m_bad.is_open())
-            throw failure(vorn::Code::ReadOnly, "the file " + options.strSkipBad + " cannot be written");
+        m_bad = std::make_unique<Output>(options.strSkipBad);
     }
 
     // Where the next record is to be read to. What an earlier one left there may be used again.
@@ -82,9 +79,9 @@ public:
         vorn::Status status;
         status.code = vorn::Code::BadType;
         status.text = strProblem;
-        if (!m_bad.is_open())
+        if (m_bad == nullptr)
             throw Error(kFailure, status);
-        skip(strText, status);
+        skip(asUtf8(strText), status);
     }
 
     unsigned long long stored() const { return m_stored; }
@@ -93,9 +90,8 @@ public:
     void finish()
     {
         flush();
-        m_bad.flush();
-        if (m_bad.is_open() && !m_bad.good())
-            throw failure(vorn::Code::Full, "writing " + m_options.strSkipBad + " failed");
+        if (m_bad != nullptr)
+            m_bad->finish();
     }
 
 private:
@@ -110,7 +106,7 @@ private:
             case vorn::Code::OutOfRange:
             case vorn::Code::Duplicate:
             case vorn::Code::Constraint:
-                return m_bad.is_open();
+                return m_bad != nullptr;
             default:
                 return false;
         }
@@ -118,7 +114,7 @@ private:
 
     void save(Json::Value& jRec)
     {
-        const Json::Value jGiven = m_bad.is_open() ? jRec : Json::Value();
+        const Json::Value jGiven = m_bad != nullptr ? jRec : Json::Value();
         vorn::Table& table = m_store.table();
         if (table.recSave(jRec, false) == 0)
             ++m_stored;
@@ -136,7 +132,7 @@ private:
         jBad["member"] = status.member;
         jBad["reason"] = status.text;
         jBad["record"] = jRec;
-        m_bad << compact(jBad) << '\n';
+        m_bad->write(compact(jBad) + '\n');
         ++m_skipped;
     }
 
@@ -151,7 +147,7 @@ private:
 
     const Options& m_options;
     Store& m_store;
-    std::ofstream m_bad;
+    std::unique_ptr<Output> m_bad;           // null where bad records are not passed over
     Json::Value m_jBatch{Json::arrayValue};  // its first m_waiting records wait to be stored
     Json::ArrayIndex m_waiting = 0;
     std::uint64_t m_waitingBytes = 0;
@@ -163,15 +159,10 @@ private:
 
 int importRecords(const Options& options)
 {
-    Store store(options, Access::Create);
-    require(store.table(), store.table().status().code == vorn::Code::Ok);
+    Store store(options, Access::Create, true);
     Input input(options.strFile);
     const auto source = openSource(input, options.strFormat, store.members());
 
-    constexpr double kMilliseconds = 1000.0;
-    vorn::Transaction transaction(store.connection(), static_cast<int>(options.dWaitSeconds * kMilliseconds));
-    if (!transaction.isOpen())
-        throw failed(transaction.status());
     Import import(options, store);
     Progress progress("importing");
     std::string strText;
@@ -190,13 +181,14 @@ int importRecords(const Options& options)
     if (!isInterrupted())
         import.finish();
     if (isInterrupted())
-        throw failure(vorn::Code::Interrupted, "interrupted: everything was rolled back, nothing is stored");
-    if (!options.blDryRun && transaction.commit() != 0)
-        throw failed(transaction.status());
+        throw failure(vorn::Code::Interrupted, "");
+    if (!options.blDryRun && store.transaction().commit() != 0)
+        throw failed(store.transaction().status());
+    releaseSignals();
 
-    std::printf("%llu\n", import.stored());
     if (import.skipped() > 0)
-        std::cerr << import.skipped() << " bad records are in " << options.strSkipBad << '\n';
+        std::cerr << "bad records, in " << harmless(options.strSkipBad, false) << ": " << import.skipped() << '\n';
+    printLine(std::to_string(import.stored()));
     return import.stored() > 0 ? kDone : kNothingFound;
 }
 

@@ -3,7 +3,6 @@
 // init: a definition from an existing table, or from the values of a file.
 
 #include <algorithm>
-#include <fstream>
 #include <iostream>
 #include <map>
 
@@ -11,34 +10,17 @@
 #include "csv_source.h"
 #include "error.h"
 #include "json_argument.h"
+#include "output.h"
 #include "record_source.h"
+#include "sql.h"
 #include "type_guess.h"
+#include "utf8.h"
 
 namespace cli
 {
 
 namespace
 {
-
-using Connection = std::unique_ptr<sqlite3, decltype(&sqlite3_close)>;
-using Statement = std::unique_ptr<sqlite3_stmt, decltype(&sqlite3_finalize)>;
-
-Statement prepare(sqlite3* pDb, const std::string& strSql, const std::string& strName)
-{
-    sqlite3_stmt* pStatement = nullptr;
-    if (sqlite3_prepare_v2(pDb, strSql.c_str(), -1, &pStatement, nullptr) != SQLITE_OK)
-        throw failure(vorn::Code::Sqlite, std::string("the database cannot be read: ") + sqlite3_errmsg(pDb));
-    Statement statement(pStatement, &sqlite3_finalize);
-    if (sqlite3_bind_parameter_count(pStatement) > 0)
-        sqlite3_bind_text(pStatement, 1, strName.data(), static_cast<int>(strName.size()), SQLITE_TRANSIENT);
-    return statement;
-}
-
-std::string textOf(sqlite3_stmt* pStatement, int column)
-{
-    const unsigned char* const szText = sqlite3_column_text(pStatement, column);
-    return szText != nullptr ? reinterpret_cast<const char*>(szText) : "";
-}
 
 // The column's type by what was declared, and by the values where texts may be JSON.
 std::string columnType(sqlite3* pDb, const std::string& strTable, const std::string& strColumn, std::string strDeclared,
@@ -51,21 +33,27 @@ std::string columnType(sqlite3* pDb, const std::string& strTable, const std::str
     if (declares("BOOL"))
         return "bool";
     if (declares("INT"))
+    {
+        Query others(
+            pDb, "SELECT 1 FROM " + quoted(strTable) + " WHERE " + quoted(strColumn) + " NOT IN (0, 1) LIMIT 1", "");
+        Query any(pDb, "SELECT 1 FROM " + quoted(strTable) + " WHERE " + quoted(strColumn) + " IN (0, 1) LIMIT 1", "");
+        if (!others.step() && any.step())
+            strSure = "hardly sure: it holds 0 and 1 alone, so it may be \"bool\"";
         return "long long";
+    }
     if (declares("REAL") || declares("FLOA") || declares("DOUB"))
         return "double";
 
     // Texts that are all JSON objects or arrays are most likely JSON members.
-    char* const szSql = sqlite3_mprintf("SELECT \"%w\" FROM \"%w\" WHERE \"%w\" IS NOT NULL LIMIT 1000",
-                                        strColumn.c_str(), strTable.c_str(), strColumn.c_str());
-    const std::string strSql = szSql != nullptr ? szSql : "";
-    sqlite3_free(szSql);
-    const Statement statement = prepare(pDb, strSql, "");
+    Query query(pDb,
+                "SELECT " + quoted(strColumn) + " FROM " + quoted(strTable) + " WHERE " + quoted(strColumn) +
+                    " IS NOT NULL LIMIT 1000",
+                "");
     TypeGuess guess;
     unsigned long long values = 0;
-    while (sqlite3_step(statement.get()) == SQLITE_ROW)
+    while (query.step())
     {
-        const Json::Value jRead = valueOf("", textOf(statement.get(), 0));
+        const Json::Value jRead = valueOf("", query.text(0));
         guess.look(jRead.isObject() || jRead.isArray() ? jRead : Json::Value(""));
         ++values;
     }
@@ -79,43 +67,37 @@ std::string columnType(sqlite3* pDb, const std::string& strTable, const std::str
 
 void note(const std::string& strName, const std::string& strType, const std::string& strSure)
 {
-    std::cerr << strName << ": " << strType << " (" << strSure << ")\n";
+    std::cerr << harmless(strName, false) << ": " << strType << " (" << harmless(strSure, false) << ")\n";
 }
 
 // Key, unique and index flags by the indexes of one column.
 void addIndexes(sqlite3* pDb, const std::string& strTable, Json::Value& jMembers)
 {
-    const Statement statement =
-        prepare(pDb,
+    Query query(pDb,
                 "SELECT l.\"unique\", (SELECT name FROM pragma_index_info(l.name)) FROM pragma_index_list(?1) AS l "
                 "WHERE l.origin <> 'pk' AND (SELECT count(*) FROM pragma_index_info(l.name)) = 1 AND NOT l.partial",
                 strTable);
-    while (sqlite3_step(statement.get()) == SQLITE_ROW)
-    {
-        const std::string strColumn = textOf(statement.get(), 1);
-        if (jMembers.isMember(strColumn))
-            jMembers[strColumn][sqlite3_column_int(statement.get(), 0) != 0 ? "unique" : "index"] = true;
-    }
+    while (query.step())
+        if (jMembers.isMember(query.text(1)))
+            jMembers[query.text(1)][query.number(0) != 0 ? "unique" : "index"] = true;
 }
 
 Json::Value fromTable(const Options& options)
 {
     if (options.strTable.empty())
         throw badUsage("name the table with --table, or give a file to look at");
-    const Connection connection(openDatabase(options, Access::Read), &sqlite3_close);
-    const Statement statement =
-        prepare(connection.get(), "SELECT name, type, \"notnull\", pk FROM pragma_table_info(?1)", options.strTable);
+    const Connection connection = openDatabase(options, Access::Read);
+    Query query(connection.get(), "SELECT name, type, \"notnull\", pk FROM pragma_table_info(?1)", options.strTable);
     Json::Value jMembers;
-    while (sqlite3_step(statement.get()) == SQLITE_ROW)
+    while (query.step())
     {
-        const std::string strName = textOf(statement.get(), 0);
+        const std::string strName = query.text(0);
         std::string strSure;
         Json::Value& jMember = jMembers[strName];
-        jMember["cpptype"] =
-            columnType(connection.get(), options.strTable, strName, textOf(statement.get(), 1), strSure);
-        if (sqlite3_column_int(statement.get(), 3) > 0)
+        jMember["cpptype"] = columnType(connection.get(), options.strTable, strName, query.text(1), strSure);
+        if (query.number(3) > 0)
             jMember["key"] = true;
-        else if (sqlite3_column_int(statement.get(), 2) != 0)
+        else if (query.number(2) != 0)
             jMember["required"] = true;
         note(strName, jMember["cpptype"].asString(), strSure);
     }
@@ -135,7 +117,7 @@ Json::Value fromFile(const Options& options)
     Json::Value jRec;
     std::string strText;
     std::string strProblem;
-    while (source->next(jRec, strText, strProblem))
+    while (!isInterrupted() && source->next(jRec, strText, strProblem))
     {
         if (!strProblem.empty() || !jRec.isObject())
             throw failure(vorn::Code::BadType, strProblem.empty() ? "an item is no JSON object" : strProblem);
@@ -143,6 +125,8 @@ Json::Value fromFile(const Options& options)
             guesses[it.name()].look(*it);
         ++records;
     }
+    if (isInterrupted())
+        throw failure(vorn::Code::Interrupted, "");
     Json::Value jMembers;
     std::string strKeys;
     for (const auto& [strName, guess] : guesses)
@@ -154,9 +138,12 @@ Json::Value fromFile(const Options& options)
     }
     if (jMembers.isNull())
         throw failure(vorn::Code::Missing, "the file holds no record");
-    std::cerr << (strKeys.empty() ? "no member differs in every record, so none could be the key"
-                                  : "in every record another value, so one of these may get \"key\": true: " + strKeys)
-              << '\n';
+    if (strKeys.empty())
+        std::cerr << "no member differs in every record, so none could be the key\n";
+    else
+        std::cerr << "another value in each of the " << std::min<unsigned long long>(records, TypeGuess::kRemembered)
+                  << (records > TypeGuess::kRemembered ? " first" : "")
+                  << " records, so one of these may get \"key\": true: " << harmless(strKeys, false) << '\n';
     return jMembers;
 }
 
@@ -167,18 +154,9 @@ int init(const Options& options)
     Json::Value jDefinition;
     const std::string strTable = options.strTable.empty() ? "records" : options.strTable;
     jDefinition[strTable]["member"] = options.strFile.empty() ? fromTable(options) : fromFile(options);
-    const std::string strText = jDefinition.toStyledString();
-    if (options.strOutput.empty())
-    {
-        std::cout << strText << std::flush;
-    }
-    else
-    {
-        std::ofstream file(options.strOutput, std::ios::binary | std::ios::trunc);
-        file << strText << std::flush;
-        if (!file.good())
-            throw failure(vorn::Code::ReadOnly, "the file " + options.strOutput + " cannot be written");
-    }
+    Output output(options.strOutput);
+    output.write(escaped(jDefinition.toStyledString()));
+    output.finish();
     return kDone;
 }
 

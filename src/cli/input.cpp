@@ -2,15 +2,18 @@
 
 #include <sys/stat.h>
 
+#include <cstring>
+
 #include "error.h"
 #include "record_source.h"
-#include "store.h"
+#include "signals.h"
 
 namespace cli
 {
 
 Input::Input(const std::string& strFile)
-    : m_strName(strFile), m_pFile(strFile == "-" ? stdin : std::fopen(strFile.c_str(), "rb"))
+    : m_strName(strFile == "-" ? "standard input" : strFile),
+      m_pFile(strFile == "-" ? stdin : std::fopen(strFile.c_str(), "rb"))
 {
     struct stat about = {};
     if (m_pFile == nullptr || fstat(fileno(m_pFile), &about) != 0 || S_ISDIR(about.st_mode))
@@ -46,12 +49,20 @@ const char* Input::block(std::size_t& size)
         m_total += m_filled;
         m_place = 0;
         if (std::ferror(m_pFile) != 0 && !isInterrupted())
-            throw failure(vorn::Code::Sqlite, "reading " + m_strName + " failed");
+            throw failure(vorn::Code::Missing, "reading " + m_strName + " failed");
     }
     const char* const szBlock = m_buffer + m_place;
     size = m_filled - m_place;
     m_place = m_filled;
     return size > 0 ? szBlock : nullptr;
+}
+
+void Input::skipByteOrderMark()
+{
+    std::size_t size = 0;
+    const char* const szBlock = block(size);
+    if (szBlock != nullptr)
+        m_place -= size >= 3 && std::memcmp(szBlock, "\xEF\xBB\xBF", 3) == 0 ? size - 3 : size;
 }
 
 int Input::peek()

@@ -146,6 +146,9 @@ bool JsonArray::next(Json::Value& jRec, std::string& strText, std::string& strPr
     {
         m_input.get();
         m_blEnded = true;
+        if (m_blWrapped && skipSpace() == EOF)
+            throw failure(vorn::Code::BadType,
+                          m_input.name() + ": the file ends before the object around the array does");
         if (m_blWrapped && skipSpace() == '}')
             m_input.get();
         if (skipSpace() != EOF)

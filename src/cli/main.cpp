@@ -2,6 +2,9 @@
 //
 // vornjsondb: one table of an SQLite database at the shell.
 
+#include <fcntl.h>
+#include <unistd.h>
+
 #include <clocale>
 #include <cstdio>
 #include <functional>
@@ -12,6 +15,8 @@
 #include "error.h"
 #include "options.h"
 #include "record_sink.h"
+#include "signals.h"
+#include "utf8.h"
 
 namespace
 {
@@ -35,33 +40,60 @@ int run(const std::string& strCommand, const cli::Options& options)
     return commands.at(strCommand)(options);
 }
 
-// One line on standard error.
-void tell(const vorn::Status& status, bool blJson)
+// In place of what C++ programs call.
+void replace(std::string& strText, const std::string& strOld, const std::string& strNew)
 {
-    std::string strLine;
+    const std::size_t place = strText.find(strOld);
+    if (place != std::string::npos)
+        strText.replace(place, strOld.size(), strNew);
+}
+
+// One line on standard error.
+void tell(vorn::Status status, bool blJson)
+{
+    replace(status.text, "tableUpgrade()", "vornjsondb upgrade");
+    replace(status.text, "allowed expressly", "allowed with --all");
+    status.text = cli::harmless(status.text, false);
+    std::string strLine = std::string("vornjsondb: ") + vorn::codeName(status.code) + ": " + status.text;
     if (blJson)
     {
         Json::Value jStatus;
         jStatus["code"] = vorn::codeName(status.code);
-        jStatus["member"] = status.member;
+        jStatus["member"] = cli::asUtf8(status.member);
         jStatus["text"] = status.text;
         jStatus["sqlite"] = status.sqlite;
         jStatus["index"] = static_cast<Json::Int64>(status.index);
         strLine = cli::compact(jStatus);
     }
-    else
-    {
-        strLine = std::string("vornjsondb: ") + vorn::codeName(status.code) + ": ";
-        for (const char c : status.text)
-            strLine += c == '\n' || c == '\r' ? ' ' : c;
-    }
     std::fprintf(stderr, "%s\n", strLine.c_str());
+}
+
+// Whatever a signal made fail, only the signal is of interest.
+void tellInterrupted(const cli::Options& options)
+{
+    const bool blReads = options.strCommand == "list" || options.strCommand == "get" || options.strCommand == "count" ||
+                         options.strCommand == "export" || options.strCommand == "check" ||
+                         options.strCommand == "explain" || options.strCommand == "init";
+    vorn::Status status;
+    status.code = vorn::Code::Interrupted;
+    status.text = blReads ? "interrupted" : "interrupted: everything was rolled back, nothing has changed";
+    tell(status, options.blJsonErrors);
+}
+
+// With a closed standard descriptor the next file to be opened would take its place. Writing to it must fail.
+void occupyStandardDescriptors()
+{
+    for (const int fd : {STDIN_FILENO, STDOUT_FILENO, STDERR_FILENO})
+        if (fcntl(fd, F_GETFD) == -1)
+            open("/dev/null", fd == STDIN_FILENO ? O_WRONLY : O_RDONLY);
 }
 
 }  // namespace
 
 int main(int argc, char** argv)
 {
+    occupyStandardDescriptors();
+    cli::catchSignals();
     std::setlocale(LC_CTYPE, "");  // widths of characters; numbers stay as JSON writes them
     cli::Options options;
     try
@@ -71,8 +103,11 @@ int main(int argc, char** argv)
     }
     catch (const cli::Error& error)
     {
-        tell(error.status(), options.blJsonErrors);
-        return error.exitStatus();
+        if (cli::isInterrupted())
+            tellInterrupted(options);
+        else
+            tell(error.status(), options.blJsonErrors);
+        return cli::isInterrupted() ? cli::kFailure : error.exitStatus();
     }
     catch (const std::bad_alloc&)
     {

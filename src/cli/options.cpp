@@ -140,6 +140,8 @@ int parse(int argc, char** argv, Options& options)
     {
         for (int i = 1; i < argc; ++i)  // the option itself may stand where it was not understood
             options.blJsonErrors = options.blJsonErrors || std::string(argv[i]) == "--json-errors";
+        if (dynamic_cast<const CLI::RequiredError*>(&error) != nullptr && app.get_subcommands().empty())
+            throw badUsage("name a command; vornjsondb --help lists them");
         throw badUsage(error.what());
     }
 }

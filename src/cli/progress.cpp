@@ -26,6 +26,22 @@ std::string duration(double dSeconds)
     return szText;
 }
 
+std::string bar(double dShare, std::size_t cells)
+{
+    const bool blUtf8 = std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0;
+    const auto full = static_cast<std::size_t>(dShare * static_cast<double>(cells));
+    std::string strBar;
+    for (std::size_t i = 0; i < cells; ++i)
+        strBar += i < full ? (blUtf8 ? "█" : "#") : (blUtf8 ? "░" : ".");
+    return strBar;
+}
+
+void draw(const std::string& strLine)
+{
+    std::fprintf(stderr, "\r\033[K%s", strLine.c_str());
+    std::fflush(stderr);
+}
+
 }  // namespace
 
 Progress::Progress(std::string strWhat) : m_strWhat(std::move(strWhat)), m_blTerminal(isTerminal(STDERR_FILENO)) {}
@@ -41,32 +57,19 @@ void Progress::show(std::uint64_t done, std::uint64_t total, std::uint64_t recor
     m_blShown = true;
 
     const double dSeconds = std::chrono::duration<double>(now - m_start).count();
-    std::string strEnd = " " + std::to_string(records) + " records, " +
-                         std::to_string(static_cast<std::uint64_t>(static_cast<double>(records) / dSeconds)) + "/s";
+    const auto rate = static_cast<std::uint64_t>(static_cast<double>(records) / dSeconds);
+    std::string strLine = m_strWhat + ' ' + std::to_string(records) + " records, " + std::to_string(rate) + "/s";
+    const std::size_t width = terminalWidth(STDERR_FILENO) - 1;  // the last column would begin a new line
     if (total > 0 && done > 0)
     {
         const double dShare = std::min(1.0, static_cast<double>(done) / static_cast<double>(total));
-        strEnd += ", " + std::to_string(static_cast<int>(dShare * 100.0)) + " %, " +
-                  duration(dSeconds * (1.0 - dShare) / dShare) + " left";
-        const std::size_t width = terminalWidth() - 1;
-        const std::size_t taken = m_strWhat.size() + strEnd.size() + 3;
-        if (taken + 5 < width)
-        {
-            const bool blUtf8 = std::strcmp(nl_langinfo(CODESET), "UTF-8") == 0;
-            const std::size_t cells = width - taken;
-            const auto full = static_cast<std::size_t>(dShare * static_cast<double>(cells));
-            std::string strBar;
-            for (std::size_t i = 0; i < cells; ++i)
-                strBar += i < full ? (blUtf8 ? "█" : "#") : (blUtf8 ? "░" : ".");
-            strEnd = " " + strBar + strEnd;
-        }
+        strLine += ", " + std::to_string(static_cast<int>(dShare * 100.0)) + " %, " +
+                   duration(dSeconds * (1.0 - dShare) / dShare) + " left";
+        constexpr std::size_t kShortestBar = 5;
+        if (strLine.size() + 1 + kShortestBar <= width)
+            return draw(bar(dShare, width - strLine.size() - 1) + ' ' + strLine);
     }
-    std::string strLine = m_strWhat + strEnd;
-    // Only the bar holds bytes that are no characters of their own, and it fits.
-    if (strLine.size() >= terminalWidth() && strEnd.find("█") == std::string::npos)
-        strLine.resize(terminalWidth() - 1);
-    std::fprintf(stderr, "\r\033[K%s", strLine.c_str());
-    std::fflush(stderr);
+    draw(strLine.substr(0, width));
 }
 
 void Progress::clear()

@@ -24,6 +24,9 @@ public:
     // draws ten times a second at most, and not at all in the first second.
     void show(std::uint64_t done, std::uint64_t total, std::uint64_t records);
 
+    // Whether standard error is a terminal.
+    bool isSeen() const { return m_blTerminal; }
+
     // Takes the bar away.
     void clear();
 

@@ -2,12 +2,11 @@
 
 #include "record_sink.h"
 
-#include <csv.h>
-#include <unistd.h>
-
 #include <limits>
 
+#include "error.h"
 #include "terminal.h"
+#include "utf8.h"
 
 namespace cli
 {
@@ -15,37 +14,42 @@ namespace cli
 namespace
 {
 
+// A record as JSON, which cannot say what is no UTF-8.
+std::string recordText(const Json::Value& jRec)
+{
+    std::string strText = compact(jRec);
+    if (!isUtf8(strText))
+        throw failure(vorn::Code::BadCell, "a record holds a text that is not UTF-8: --format csv writes it as it is");
+    return strText;
+}
+
 class JsonLinesSink : public RecordSink
 {
 public:
-    explicit JsonLinesSink(std::FILE* pOutput) : m_pOutput(pOutput) {}
+    explicit JsonLinesSink(Output& output) : m_output(output) {}
 
-    void write(const Json::Value& jRec) override
-    {
-        const std::string strText = compact(jRec) + "\n";
-        std::fwrite(strText.data(), 1, strText.size(), m_pOutput);
-    }
+    void write(const Json::Value& jRec) override { m_output.write(recordText(jRec) + '\n'); }
 
 private:
-    std::FILE* m_pOutput;
+    Output& m_output;
 };
 
 class JsonArraySink : public RecordSink
 {
 public:
-    explicit JsonArraySink(std::FILE* pOutput) : m_pOutput(pOutput) {}
+    explicit JsonArraySink(Output& output) : m_output(output) {}
 
     void write(const Json::Value& jRec) override
     {
-        const std::string strText = (m_blAny ? ",\n" : "[\n") + compact(jRec);
-        std::fwrite(strText.data(), 1, strText.size(), m_pOutput);
+        const std::string strText = recordText(jRec);
+        m_output.write((m_blAny ? ",\n" : "[\n") + strText);
         m_blAny = true;
     }
 
-    void finish() override { std::fputs(m_blAny ? "\n]\n" : "[]\n", m_pOutput); }
+    void finish() override { m_output.write(m_blAny ? "\n]\n" : "[]\n"); }
 
 private:
-    std::FILE* m_pOutput;
+    Output& m_output;
     bool m_blAny = false;
 };
 
@@ -53,41 +57,59 @@ private:
 class CsvSink : public RecordSink
 {
 public:
-    CsvSink(std::FILE* pOutput, const std::vector<std::string>& names) : m_pOutput(pOutput), m_names(names)
+    CsvSink(Output& output, const std::vector<std::string>& names)
+        : m_output(output), m_blTerminal(isTerminal(fileno(output.stream()))), m_names(names)
     {
-        for (const std::string& strName : m_names)
-        {
-            separate(&strName == &m_names.front());
-            quote(strName);
-        }
-        std::fputs("\r\n", m_pOutput);
     }
 
     void write(const Json::Value& jRec) override
     {
-        for (const std::string& strName : m_names)
+        writeNames();
+        std::string strLine;
+        for (std::size_t i = 0; i < m_names.size(); ++i)
         {
-            separate(&strName == &m_names.front());
-            const Json::Value& jValue = jRec[strName];
+            const Json::Value& jValue = jRec[m_names[i]];
+            strLine += i > 0 ? "," : "";
             if (jValue.isString())
-                quote(jValue.asString());
+                strLine += inQuotes(jValue.asString());
             else if (jValue.isObject() || jValue.isArray())
-                quote(compact(jValue));
+                strLine += inQuotes(compact(jValue));
             else if (!jValue.isNull())
-                std::fputs(compact(jValue).c_str(), m_pOutput);
+                strLine += compact(jValue);
         }
-        std::fputs("\r\n", m_pOutput);
+        m_output.write(strLine + "\r\n");
     }
+
+    void finish() override { writeNames(); }
 
 private:
-    void separate(bool blFirst)
+    // Not before the first record: a mistake in the request is told by then.
+    void writeNames()
     {
-        if (!blFirst)
-            std::fputc(',', m_pOutput);
+        if (m_blNamed)
+            return;
+        m_blNamed = true;
+        std::string strLine;
+        for (const std::string& strName : m_names)
+            strLine += (strLine.empty() ? "" : ",") + inQuotes(strName);
+        m_output.write(strLine + "\r\n");
     }
-    void quote(const std::string& strText) { csv_fwrite(m_pOutput, strText.data(), strText.size()); }
 
-    std::FILE* m_pOutput;
+    std::string inQuotes(const std::string& strText) const
+    {
+        const std::string strShown = m_blTerminal ? harmless(strText, true) : strText;
+        if (strShown.find('\0') != std::string::npos)
+            throw failure(vorn::Code::BadCell,
+                          "a record holds a text with a NUL, which no CSV has: use --format jsonl");
+        std::string strQuoted = "\"";
+        for (const char c : strShown)
+            strQuoted.append(c == '"' ? 2 : 1, c);
+        return strQuoted + '"';
+    }
+
+    Output& m_output;
+    bool m_blTerminal;
+    bool m_blNamed = false;
     std::vector<std::string> m_names;
 };
 
@@ -103,20 +125,21 @@ std::string compact(const Json::Value& jValue)
         made["precision"] = std::numeric_limits<double>::max_digits10;
         return made;
     }();
-    return Json::writeString(builder, jValue);
+    return escaped(Json::writeString(builder, jValue));
 }
 
-std::unique_ptr<RecordSink> openSink(std::FILE* pOutput, const std::string& strFormat,
+std::unique_ptr<RecordSink> openSink(Output& output, const std::string& strFormat,
                                      const std::vector<std::string>& names)
 {
-    const std::string strKnown = !strFormat.empty() ? strFormat : isTerminal(fileno(pOutput)) ? "table" : "jsonl";
+    const bool blTerminal = isTerminal(fileno(output.stream()));
+    const std::string strKnown = !strFormat.empty() ? strFormat : blTerminal ? "table" : "jsonl";
     if (strKnown == "json")
-        return std::make_unique<JsonArraySink>(pOutput);
+        return std::make_unique<JsonArraySink>(output);
     if (strKnown == "csv")
-        return std::make_unique<CsvSink>(pOutput, names);
+        return std::make_unique<CsvSink>(output, names);
     if (strKnown == "table")
-        return openTable(pOutput, names);
-    return std::make_unique<JsonLinesSink>(pOutput);
+        return openTable(output, names);
+    return std::make_unique<JsonLinesSink>(output);
 }
 
 }  // namespace cli

@@ -7,10 +7,11 @@
 
 #include <json/json.h>
 
-#include <cstdio>
 #include <memory>
 #include <string>
 #include <vector>
+
+#include "output.h"
 
 namespace cli
 {
@@ -24,15 +25,15 @@ public:
 };
 
 // strFormat: "table", "json", "jsonl", "csv", or "" for a table where the output is a terminal and JSON lines
-// elsewhere. names are the columns of tables and CSV, in order.
-std::unique_ptr<RecordSink> openSink(std::FILE* pOutput, const std::string& strFormat,
+// elsewhere. names are the columns of tables and CSV, in order. What cannot be written is told by Output::finish().
+std::unique_ptr<RecordSink> openSink(Output& output, const std::string& strFormat,
                                      const std::vector<std::string>& names);
 
 // A value on one line, UTF-8 as it is.
 std::string compact(const Json::Value& jValue);
 
 // A table, with "" where a record lacks a member.
-std::unique_ptr<RecordSink> openTable(std::FILE* pOutput, const std::vector<std::string>& names);
+std::unique_ptr<RecordSink> openTable(Output& output, const std::vector<std::string>& names);
 
 }  // namespace cli
 

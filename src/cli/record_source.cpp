@@ -41,6 +41,7 @@ std::string formatOf(Input& input)
 std::unique_ptr<RecordSource> openSource(Input& input, const std::string& strFormat, const Json::Value& jMembers,
                                          bool blPlainTexts)
 {
+    input.skipByteOrderMark();
     const std::string strKnown = strFormat.empty() ? formatOf(input) : strFormat;
     if (strKnown == "json")
         return std::make_unique<JsonArray>(input);

@@ -27,6 +27,7 @@ public:
     // The next byte, or EOF.
     int get() { return m_place < m_filled ? static_cast<unsigned char>(m_buffer[m_place++]) : refill(); }
     int peek();
+    void skipByteOrderMark();  // at the beginning
     // What is left of the block that was read, for those who take many bytes at once; null at the end of the file.
     const char* block(std::size_t& size);
 

@@ -2,10 +2,11 @@
 
 #include "store.h"
 
-#include <csignal>
+#include <chrono>
 #include <fstream>
 #include <iostream>
 #include <iterator>
+#include <thread>
 
 #include "error.h"
 #include "json_argument.h"
@@ -15,16 +16,6 @@ namespace cli
 
 namespace
 {
-
-sqlite3* g_pInterruptible = nullptr;
-volatile std::sig_atomic_t g_blInterrupted = 0;
-
-void interrupt(int /*signal*/)
-{
-    g_blInterrupted = 1;
-    if (g_pInterruptible != nullptr)
-        sqlite3_interrupt(g_pInterruptible);  // only sets a flag
-}
 
 // The table that --table names, or the only one.
 std::string tableOf(const Options& options, const Json::Value& jDefinition)
@@ -37,12 +28,22 @@ std::string tableOf(const Options& options, const Json::Value& jDefinition)
                    ": name one with --table");
 }
 
-}  // namespace
-
-bool isInterrupted()
+// SQLite's question whether to try once more: the library's own waiting could not be interrupted.
+int waitForLock(void* pOptions, int tries)
 {
-    return g_blInterrupted != 0;
+    using Clock = std::chrono::steady_clock;
+    static Clock::time_point start;
+    if (tries == 0)
+        start = Clock::now();
+    const std::chrono::duration<double> waited = Clock::now() - start;
+    if (isInterrupted() || waited.count() >= static_cast<const Options*>(pOptions)->dWaitSeconds)
+        return 0;
+    constexpr int kLongest = 50;
+    std::this_thread::sleep_for(std::chrono::milliseconds(std::min(tries + 1, kLongest)));
+    return 1;
 }
+
+}  // namespace
 
 std::string readText(const std::string& strFile)
 {
@@ -55,7 +56,7 @@ std::string readText(const std::string& strFile)
     return strText;
 }
 
-sqlite3* openDatabase(const Options& options, Access access)
+Connection openDatabase(const Options& options, Access access)
 {
     if (options.strDatabase.empty())
         throw badUsage("name the database file with --db or VORNJSONDB_DB");
@@ -64,42 +65,44 @@ sqlite3* openDatabase(const Options& options, Access access)
         flags |= SQLITE_OPEN_CREATE;
     sqlite3* pDb = nullptr;
     const int result = sqlite3_open_v2(options.strDatabase.c_str(), &pDb, flags, nullptr);
+    Connection connection(pDb, &sqlite3_close);
     if (result != SQLITE_OK)
-    {
-        sqlite3_close(pDb);
         throw failure(result == SQLITE_NOMEM ? vorn::Code::Sqlite : vorn::Code::Missing,
                       "the database " + options.strDatabase + " cannot be opened: " + sqlite3_errstr(result));
-    }
-    g_pInterruptible = pDb;
-    struct sigaction action = {};
-    action.sa_handler = interrupt;
-    sigaction(SIGINT, &action, nullptr);
-    return pDb;
+    sqlite3_busy_handler(pDb, waitForLock, const_cast<Options*>(&options));
+    interruptOn(pDb);
+    return connection;
 }
 
-Store::Store(const Options& options, Access access) : m_pConnection(nullptr, &sqlite3_close)
+Store::Store(const Options& options, Access access, bool blTransaction) : m_connection(nullptr, &sqlite3_close)
 {
     if (options.strDefinition.empty())
         throw badUsage("name the file with the table's definition with --def or VORNJSONDB_DEF");
     const Json::Value jDefinition =
         parseJson(readText(options.strDefinition), "the definition " + options.strDefinition);
-    const std::string strTable = tableOf(options, jDefinition);
-    m_pConnection.reset(openDatabase(options, access));
+    m_strName = tableOf(options, jDefinition);
+    m_connection = openDatabase(options, access);
 
-    constexpr double kMilliseconds = 1000.0;
-    m_pTable = std::make_unique<vorn::Table>(m_pConnection.get(), strTable, jDefinition);
-    m_pTable->setLockTimeout(static_cast<int>(options.dWaitSeconds * kMilliseconds));
-    const vorn::Status& status = m_pTable->status();
+    if (blTransaction)
+    {
+        m_transaction = std::make_unique<vorn::Transaction>(m_connection.get(), 0);
+        if (!m_transaction->isOpen())
+            throw failed(m_transaction->status());
+    }
+    m_table = std::make_unique<vorn::Table>(m_connection.get(), m_strName, jDefinition);
+    m_table->setLockTimeout(0);
+    const vorn::Status& status = m_table->status();
     // A table that is not there and cannot be made is told by the command that needs it.
-    if (status.code == vorn::Code::BadDefinition)
-        throw failed(status);
-    m_jMembers = jDefinition[strTable]["member"];
+    if (status.code == vorn::Code::BadDefinition || (access == Access::Create && status.code != vorn::Code::Ok))
+        throw Error(kFailure, status);
+    m_jMembers = jDefinition[m_strName]["member"];
 }
 
 Store::~Store()
 {
-    m_pTable.reset();
-    g_pInterruptible = nullptr;
+    m_table.reset();
+    m_transaction.reset();
+    interruptOn(nullptr);
 }
 
 }  // namespace cli

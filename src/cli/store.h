@@ -8,11 +8,13 @@
 #include <json/json.h>
 #include <sqlite3.h>
 #include <vorn/table.h>
+#include <vorn/transaction.h>
 
 #include <memory>
 #include <string>
 
 #include "options.h"
+#include "signals.h"
 
 namespace cli
 {
@@ -21,34 +23,38 @@ enum class Access
 {
     Read,
     Write,
-    Create  // the file too, where there is none
+    Create  // the file and the table too, where there are none
 };
+
+using Connection = std::unique_ptr<sqlite3, decltype(&sqlite3_close)>;
 
 class Store
 {
 public:
-    Store(const Options& options, Access access);
+    // With blTransaction all that follows, and making the table too, is undone unless transaction().commit() is called.
+    Store(const Options& options, Access access, bool blTransaction = false);
     ~Store();
     Store(const Store&) = delete;
     Store& operator=(const Store&) = delete;
 
-    vorn::Table& table() { return *m_pTable; }
-    sqlite3* connection() { return m_pConnection.get(); }
+    vorn::Table& table() { return *m_table; }
+    vorn::Transaction& transaction() { return *m_transaction; }
+    sqlite3* connection() { return m_connection.get(); }
+    const std::string& name() const { return m_strName; }
 
     // The "member" object of the table's definition.
     const Json::Value& members() const { return m_jMembers; }
 
 private:
-    std::unique_ptr<sqlite3, decltype(&sqlite3_close)> m_pConnection;
+    Connection m_connection;
+    std::unique_ptr<vorn::Transaction> m_transaction;
+    std::string m_strName;
     Json::Value m_jMembers;
-    std::unique_ptr<vorn::Table> m_pTable;
+    std::unique_ptr<vorn::Table> m_table;
 };
 
-// Opens the database or throws; SIGINT interrupts what runs on it.
-sqlite3* openDatabase(const Options& options, Access access);
-
-// Whether SIGINT has come.
-bool isInterrupted();
+// Opens the database or throws. Signals interrupt what runs on it, and waiting for locks; options must outlive it.
+Connection openDatabase(const Options& options, Access access);
 
 // The whole text of a file, or of standard input for "-".
 std::string readText(const std::string& strFile);

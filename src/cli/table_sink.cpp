@@ -8,6 +8,7 @@
 
 #include "record_sink.h"
 #include "terminal.h"
+#include "utf8.h"
 
 namespace cli
 {
@@ -18,17 +19,18 @@ namespace
 class TableSink : public RecordSink
 {
 public:
-    TableSink(std::FILE* pOutput, const std::vector<std::string>& names)
+    TableSink(Output& output, const std::vector<std::string>& names)
         : m_names(names), m_pTable(scols_new_table(), &scols_unref_table)
     {
         if (m_pTable == nullptr)
             throw std::bad_alloc();
-        const bool blTerminal = isTerminal(fileno(pOutput));
-        scols_table_set_stream(m_pTable.get(), pOutput);
-        scols_table_enable_colors(m_pTable.get(), hasColours(fileno(pOutput)) ? 1 : 0);
+        const int fd = fileno(output.stream());
+        const bool blTerminal = isTerminal(fd);
+        scols_table_set_stream(m_pTable.get(), output.stream());
+        scols_table_enable_colors(m_pTable.get(), hasColours(fd) ? 1 : 0);
         // Elsewhere nothing is cut off.
         scols_table_set_termforce(m_pTable.get(), blTerminal ? SCOLS_TERMFORCE_ALWAYS : SCOLS_TERMFORCE_NEVER);
-        scols_table_set_termwidth(m_pTable.get(), terminalWidth());
+        scols_table_set_termwidth(m_pTable.get(), terminalWidth(fd));
         for (const std::string& strName : m_names)
         {
             libscols_column* const pColumn =
@@ -51,7 +53,7 @@ public:
             if (jValue.isNumeric() && !jValue.isBool())
                 scols_column_set_flags(m_columns[i], SCOLS_FL_TRUNC | SCOLS_FL_RIGHT);
             const std::string strText = jValue.isNull() ? "" : jValue.isString() ? jValue.asString() : compact(jValue);
-            if (scols_line_set_data(pLine, i, strText.c_str()) != 0)
+            if (scols_line_set_data(pLine, i, harmless(strText, false).c_str()) != 0)
                 throw std::bad_alloc();
         }
         m_blAny = true;
@@ -72,9 +74,9 @@ private:
 
 }  // namespace
 
-std::unique_ptr<RecordSink> openTable(std::FILE* pOutput, const std::vector<std::string>& names)
+std::unique_ptr<RecordSink> openTable(Output& output, const std::vector<std::string>& names)
 {
-    return std::make_unique<TableSink>(pOutput, names);
+    return std::make_unique<TableSink>(output, names);
 }
 
 }  // namespace cli

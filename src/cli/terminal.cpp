@@ -16,16 +16,11 @@ bool isTerminal(int fd)
     return isatty(fd) == 1;
 }
 
-std::size_t terminalWidth()
+std::size_t terminalWidth(int fd)
 {
     constexpr std::size_t kUsual = 80;
-    for (const int fd : {STDOUT_FILENO, STDERR_FILENO})
-    {
-        winsize size{};
-        if (ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0)
-            return size.ws_col;
-    }
-    return kUsual;
+    winsize size{};
+    return ioctl(fd, TIOCGWINSZ, &size) == 0 && size.ws_col > 0 ? size.ws_col : kUsual;
 }
 
 bool hasColours(int fd)

@@ -14,8 +14,8 @@ namespace cli
 // For STDIN_FILENO, STDOUT_FILENO or STDERR_FILENO.
 bool isTerminal(int fd);
 
-// Of the terminal behind standard output, or behind standard error where that is none; 80 where none says.
-std::size_t terminalWidth();
+// Of the terminal behind this output; 80 where it does not say.
+std::size_t terminalWidth(int fd);
 
 // Colours only on a terminal, and never with NO_COLOR or on a dumb terminal.
 bool hasColours(int fd);

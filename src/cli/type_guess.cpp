@@ -2,6 +2,7 @@
 
 #include "type_guess.h"
 
+#include <functional>
 #include <initializer_list>
 #include <numeric>
 
@@ -32,9 +33,8 @@ void TypeGuess::look(const Json::Value& jValue)
             ++m_counts[jValue.isInt() ? kInt32 : jValue.isInt64() ? kInt64 : jValue.isUInt64() ? kUnsigned64 : kReal];
             break;
     }
-    constexpr std::size_t kRemembered = 10000;
     if (m_blDistinct && m_values.size() < kRemembered)
-        m_blDistinct = m_values.insert(compact(jValue)).second;
+        m_blDistinct = m_values.insert(std::hash<std::string>()(compact(jValue))).second;
 }
 
 unsigned long long TypeGuess::total() const

@@ -27,6 +27,8 @@ public:
     // How sure that is, as one sentence.
     std::string sureness(unsigned long long records) const;
 
+    static constexpr std::size_t kRemembered = 10000;  // values that are compared
+
     // Whether the values, as far as they were remembered, differ, and each of the records has one.
     bool mayBeKey(unsigned long long records) const;
 
@@ -48,7 +50,7 @@ private:
     bool only(std::initializer_list<Kind> kinds) const;
 
     std::array<unsigned long long, kKinds> m_counts{};
-    std::set<std::string> m_values;
+    std::set<std::size_t> m_values;  // their hashes
     bool m_blDistinct = true;
 };
 

@@ -39,6 +39,16 @@ std::size_t characterLength(std::string_view bytes)
     return 0;
 }
 
+constexpr std::string_view kReplacement = "\xEF\xBF\xBD";
+
+// Whether the character that the bytes begin with is a control character.
+bool isControl(std::string_view bytes)
+{
+    const auto first = static_cast<unsigned char>(bytes.front());
+    return first < 0x20U || first == 0x7FU ||
+           (first == 0xC2U && bytes.size() > 1 && static_cast<unsigned char>(bytes[1]) < 0xA0U);
+}
+
 // How many bytes at the beginning are ASCII, or fewer. Most texts are nothing else, so it goes in strides.
 std::size_t asciiLength(std::string_view bytes)
 {
@@ -74,10 +84,40 @@ std::string asUtf8(std::string_view bytes)
     while (!bytes.empty())
     {
         const std::size_t length = characterLength(bytes);
-        strText += length > 0 ? bytes.substr(0, length) : "\xEF\xBF\xBD";
+        strText += length > 0 ? bytes.substr(0, length) : kReplacement;
         bytes.remove_prefix(length > 0 ? length : 1);
     }
     return strText;
+}
+
+std::string harmless(std::string_view bytes, bool blLines)
+{
+    std::string strText;
+    while (!bytes.empty())
+    {
+        const std::size_t length = characterLength(bytes);
+        const bool blKept = length > 0 && (!isControl(bytes) || (blLines && bytes.front() == '\n'));
+        strText += blKept ? bytes.substr(0, length) : kReplacement;
+        bytes.remove_prefix(length > 0 ? length : 1);
+    }
+    return strText;
+}
+
+std::string escaped(std::string strJson)
+{
+    for (std::size_t i = 0; i < strJson.size(); ++i)
+    {
+        const std::string_view rest = std::string_view(strJson).substr(i);
+        if (rest.front() == '\x7F')
+            strJson.replace(i, 1, "\\u007f");
+        else if (rest.front() == '\xC2' && isControl(rest))
+        {
+            constexpr char kDigits[] = "0123456789abcdef";
+            const auto byte = static_cast<unsigned char>(rest[1]);
+            strJson.replace(i, 2, {'\\', 'u', '0', '0', kDigits[byte >> 4U], kDigits[byte & 0xFU]});
+        }
+    }
+    return strJson;
 }
 
 }  // namespace cli
