@@ -2,13 +2,8 @@
 //
 // New records, and records that are saved.
 
-#include <sqlite3.h>
-
-#include "cell_value.h"
-#include "failure.h"
+#include "insert.h"
 #include "operations.h"
-#include "record.h"
-#include "run.h"
 #include "savepoint.h"
 
 namespace vorn
@@ -16,61 +11,6 @@ namespace vorn
 
 namespace
 {
-
-bool failTrigger(Status& status, const char* szWhat)
-{
-    return fail(status, Code::Constraint, "", szWhat);
-}
-
-// Runs once more what SQLite has ignored, as a statement that fails instead, to learn why. True where it succeeds now.
-bool runIgnored(Store& store, Waiter& waiter, const Shape& shape, const std::vector<BoundValue>& values, Status& status)
-{
-    return runToEnd(store, waiter, shape, values, status) &&
-           (sqlite3_changes64(store.pDb) != 0 || failTrigger(status, "A trigger keeps the record from being stored."));
-}
-
-bool insert(Store& store, Waiter& waiter, const RecordValues& record, Status& status)
-{
-    if (!runToEnd(store, waiter, {StatementKind::Insert, &record.members}, record.values, status))
-        return false;
-    return sqlite3_changes64(store.pDb) != 0 ||
-           runIgnored(store, waiter, {StatementKind::InsertAbort, &record.members}, record.values, status);
-}
-
-// The one record that the tail finds.
-bool readBack(Store& store, Waiter& waiter, std::string_view tail, const std::vector<BoundValue>& values,
-              Json::Value& jRec, Status& status)
-{
-    Run run(store, waiter);
-    if (!run.start({StatementKind::Select, nullptr, tail}, values, status))
-        return false;
-    if (!run.isRow())
-        return failTrigger(status, "A trigger takes the record away.");
-    return run.read(jRec, status);
-}
-
-bool insertAndRead(Store& store, const Facts& facts, Waiter& waiter, const RecordValues& record, Json::Value& jRec,
-                   Status& status)
-{
-    if (!facts.strRowid.empty())
-        return insert(store, waiter, record, status) &&
-               readBack(store, waiter, facts.strByRowid, {BoundValue::integer(sqlite3_last_insert_rowid(store.pDb))},
-                        jRec, status);
-    if (facts.key.empty())
-        return fail(status, Code::BadRequest, "", "Records of this table cannot be read back: it has no key.");
-
-    // Without a rowid the statement tells the key, in which defaults of the columns may stand.
-    Run run(store, waiter);
-    if (!run.start({StatementKind::InsertKey, &record.members}, record.values, status))
-        return false;
-    if (!run.isRow())
-        return runIgnored(store, waiter, {StatementKind::InsertAbort, &record.members}, record.values, status) &&
-               failTrigger(status, "A trigger keeps the record from being stored.");
-    std::vector<BoundValue> key;
-    for (int i = 0; i < static_cast<int>(facts.key.size()); ++i)
-        key.push_back(BoundValue::sqlite(sqlite3_column_value(run.statement(), i)));
-    return readBack(store, waiter, facts.strByKey, key, jRec, status) && run.next(status);
-}
 
 // The parts of a record that has a key: the key's values in the key's order, and the others.
 struct KeyedRecord
@@ -165,39 +105,6 @@ bool updateAndRead(Store& store, const Facts& facts, Waiter& waiter, const Recor
             return false;
     }
     return readBack(store, waiter, facts.strByKey, keyed.key, jRec, status);
-}
-
-}  // namespace
-
-namespace
-{
-
-// Tries to write with what is known of the table, and anew where it fails and the schema has changed. attempt(facts)
-// leaves nothing behind where it fails.
-template <typename Attempt>
-bool withFacts(Store& store, Waiter& waiter, Status& status, Attempt attempt)
-{
-    constexpr int kTries = 100;
-    const int iAutocommit = sqlite3_get_autocommit(store.pDb);
-    for (int i = 0; i < kTries; ++i)
-    {
-        if (!store.look(waiter, status))
-            return false;
-        const std::shared_ptr<const Facts> pFacts = store.pFacts;
-        const unsigned iSchema = store.iSchema;
-        if (attempt(*pFacts))
-            return true;
-        if (sqlite3_get_autocommit(store.pDb) != iAutocommit)  // SQLite has ended the caller's transaction
-            return false;
-        if (store.iSchema == iSchema)
-        {
-            if (!store.isOutdated())
-                return false;
-            store.forget();
-        }
-        status = Status();
-    }
-    return fail(status, Code::Sqlite, "", "The schema of the database changes all the time.");
 }
 
 }  // namespace

@@ -1,0 +1,64 @@
+// SPDX-License-Identifier: MIT
+//
+// The steps of which writes are made.
+
+#ifndef VORN_INSERT_H
+#define VORN_INSERT_H
+
+#include <sqlite3.h>
+
+#include <memory>
+
+#include "failure.h"
+#include "record.h"
+#include "run.h"
+
+namespace vorn
+{
+
+// Inserts the record. False with Duplicate or Constraint also where SQLite has ignored it.
+bool insert(Store& store, Waiter& waiter, const RecordValues& record, Status& status);
+
+// The same, and reads it as it is stored then. Within a savepoint.
+bool insertAndRead(Store& store, const Facts& facts, Waiter& waiter, const RecordValues& record, Json::Value& jRec,
+                   Status& status);
+
+// Runs once more what SQLite has ignored, as a statement that fails instead, to learn why. True where it succeeds now.
+bool runIgnored(Store& store, Waiter& waiter, const Shape& shape, const std::vector<BoundValue>& values,
+                Status& status);
+
+// The one record that the tail finds; Constraint where a trigger has taken it away.
+bool readBack(Store& store, Waiter& waiter, std::string_view tail, const std::vector<BoundValue>& values,
+              Json::Value& jRec, Status& status);
+
+// Tries to write with what is known of the table, and anew where it fails and the schema has changed. attempt(facts)
+// leaves nothing behind where it fails.
+template <typename Attempt>
+bool withFacts(Store& store, Waiter& waiter, Status& status, Attempt attempt)
+{
+    constexpr int kTries = 100;
+    const int iAutocommit = sqlite3_get_autocommit(store.pDb);
+    for (int i = 0; i < kTries; ++i)
+    {
+        if (!store.look(waiter, status))
+            return false;
+        const std::shared_ptr<const Facts> pFacts = store.pFacts;
+        const unsigned iSchema = store.iSchema;
+        if (attempt(*pFacts))
+            return true;
+        if (sqlite3_get_autocommit(store.pDb) != iAutocommit)  // SQLite has ended the caller's transaction
+            return false;
+        if (store.iSchema == iSchema)
+        {
+            if (!store.isOutdated())
+                return false;
+            store.forget();
+        }
+        status = Status();
+    }
+    return fail(status, Code::Sqlite, "", "The schema of the database changes all the time.");
+}
+
+}  // namespace vorn
+
+#endif  // VORN_INSERT_H
