@@ -263,6 +263,104 @@ TEST(Requests, APrefixIsExactWhateverTheColumnCollatesBy)
                      });
 }
 
+// 200 texts that leave their quotes, or try to.
+std::vector<std::string> injections()
+{
+    std::vector<std::string> texts;
+    for (const char* szCore : {"' OR 1=1 --",
+                               "' OR '1'='1",
+                               "'; DROP TABLE t; --",
+                               "\" OR \"\"=\"",
+                               "') OR ('1'='1",
+                               "' UNION SELECT 1,2 --",
+                               "1; DELETE FROM t",
+                               "' AND sleep(5) --",
+                               "?1",
+                               ":name",
+                               "@x",
+                               "$x",
+                               "%00",
+                               "\\' OR 1=1 --",
+                               "''",
+                               "'",
+                               "\"",
+                               "`t`",
+                               "[t]",
+                               "/* */",
+                               "--",
+                               "x'41'",
+                               "%' OR '%'='",
+                               "\n; DROP TABLE t",
+                               "0x27 OR 1=1",
+                               "' || (SELECT 1) || '",
+                               "NULL",
+                               "1e309",
+                               "' GROUP BY 1 --",
+                               "' ORDER BY 9 --",
+                               "*",
+                               "t.id",
+                               "'); ATTACH 'x' AS y; --",
+                               "%s%n%q",
+                               "' LIMIT 0 --",
+                               "\"; PRAGMA writable_schema=1; --",
+                               "' IS NOT NULL --",
+                               "CASE WHEN 1 THEN 1 END",
+                               "$.a[0]",
+                               "')"})
+        for (const char* szBefore : {"", "a", "b'", "\"", "1 "})
+            texts.push_back(szBefore + std::string(szCore));
+    return texts;
+}
+
+TEST(Requests, NoTextOrNameBecomesSql)
+{
+    const std::vector<std::string> texts = injections();
+    ASSERT_EQ(200U, texts.size());
+    FilterTable table("s:string+ j:Json::Value");
+    Json::Value jRecords;
+    for (std::size_t i = 0; i < texts.size(); ++i)
+    {
+        Json::Value jRecord;
+        jRecord["id"] = static_cast<Json::Int>(i);
+        jRecord["s"] = texts[i];
+        jRecord["j"][texts[i]] = texts[i];
+        jRecords.append(jRecord);
+    }
+    ASSERT_EQ(200, table->recCreateAll(jRecords));
+    for (std::size_t i = 0; i < texts.size(); ++i)
+    {
+        SCOPED_TRACE(texts[i]);
+        const std::string strId = std::to_string(i);
+        Json::Value jFilter;
+        jFilter["s"] = texts[i];
+        EXPECT_EQ(strId, table.ids(jFilter));
+        jFilter["s"] = Json::Value();
+        jFilter["s"]["$in"].append(texts[i]);
+        jFilter["s"]["$beginsWith"] = texts[i];
+        jFilter["s"]["$gte"] = texts[i];
+        jFilter["vornSqlWhereFilter"] = "s = :v";
+        jFilter["vornSqlWhereParams"]["v"] = texts[i];
+        EXPECT_EQ(strId, table.ids(jFilter));
+        Json::Value jPath;
+        if (texts[i].find('.') == std::string::npos)  // a dot parts the names of a path
+        {
+            jPath["j." + texts[i]] = texts[i];
+            EXPECT_EQ(strId, table.ids(jPath));
+        }
+        Json::Value jName;
+        jName[texts[i]] = 1;
+        EXPECT_EQ((texts[i][0] == '$' ? "BadRequest " : "UnknownMember ") + texts[i], table.ids(jName));
+        Json::Value jSort;
+        jSort["sort_by"] = texts[i];
+        EXPECT_EQ("UnknownMember ", table.ids(jSort).substr(0, 14));
+
+        FilterTable named("s:string", texts[i]);
+        named.add(json(R"({"id":1,"s":"x"})"));
+        EXPECT_EQ("1", named.ids(json(R"({"s":{"$in":["x","y"]},"$sort_by":["s"]})")));
+    }
+    EXPECT_EQ(200, table->recCount(Json::Value()));
+}
+
 TEST(Requests, OneShapeHasOneText)
 {
     FilterTable table("s:string i:int j:Json::Value");
