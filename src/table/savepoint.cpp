@@ -5,6 +5,7 @@
 #include <sqlite3.h>
 
 #include "failure.h"
+#include "prepare.h"
 #include "run.h"
 
 namespace vorn
@@ -16,6 +17,9 @@ bool Savepoint::begin(Status& status)
 
     m_blOwn = sqlite3_get_autocommit(m_store.pDb) != 0;
     Waiter noWaiting(0);  // a savepoint takes no lock
+    StatementPointer& pUndo = m_blOwn ? m_store.pUndoOwn : m_store.pUndo;
+    if (pUndo == nullptr && !prepare(m_store.pDb, m_blOwn ? "ROLLBACK" : "ROLLBACK TO vorn", noWaiting, pUndo, status))
+        return false;
     Run run(m_store, noWaiting);
     if (run.start({StatementKind::Text, nullptr, "SAVEPOINT vorn"}, noValues, status))
     {
@@ -54,7 +58,14 @@ void Savepoint::undo() noexcept
     close();
     if (sqlite3_get_autocommit(m_store.pDb) != 0)  // SQLite may have ended the transaction itself
         return;
-    sqlite3_exec(m_store.pDb, m_blOwn ? "ROLLBACK" : "ROLLBACK TO vorn; RELEASE vorn", nullptr, nullptr, nullptr);
+    // What is prepared needs no memory. It is outdated where the schema has changed; then it is compiled anew.
+    sqlite3_stmt* const pUndo = (m_blOwn ? m_store.pUndoOwn : m_store.pUndo).get();
+    const bool blUndone = pUndo != nullptr && sqlite3_step(pUndo) == SQLITE_DONE;
+    sqlite3_reset(pUndo);
+    if (!blUndone)
+        sqlite3_exec(m_store.pDb, m_blOwn ? "ROLLBACK" : "ROLLBACK TO vorn", nullptr, nullptr, nullptr);
+    if (!m_blOwn)
+        sqlite3_exec(m_store.pDb, "RELEASE vorn", nullptr, nullptr, nullptr);
 }
 
 }  // namespace vorn

@@ -104,6 +104,8 @@ void Store::forget()
 void Store::release()
 {
     pFacts.reset();
+    pUndo.reset();
+    pUndoOwn.reset();
     cache.clear();
 }
 

@@ -12,6 +12,7 @@
 
 #include "definition.h"
 #include "facts.h"
+#include "prepare.h"
 #include "read_cell.h"
 #include "statement_cache.h"
 #include "waiter.h"
@@ -33,6 +34,8 @@ struct Store
     unsigned iSchema = 0;                 // grows with every change of the schema that is noticed
     bool blOwnTransaction = false;        // whether the open transaction is the operation's own
     bool blSavepoint = false;             // whether a savepoint of the operation is open
+    StatementPointer pUndo;               // what undoes the open savepoint, ready where memory has run out
+    StatementPointer pUndoOwn;            // the same for a transaction of the operation's own
 
     // Reads the facts where they are not known. Missing where the table or a declared column is not there.
     bool look(Waiter& waiter, Status& status);

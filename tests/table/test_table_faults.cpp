@@ -196,8 +196,9 @@ TEST(TableMemory, ThatRunsOutEndsAnOperationWholeOrNotAtAllAndLeavesNothingBehin
             failEveryAllocation({"warm up", [](vorn::Table& t, Json::Value&) { return t.recCount(Json::Value()); }},
                                 allocator, Failure::Once, true);
             const long nBefore = faults::outstanding(Allocator::Sqlite);
-            for (const bool blKept : {false, true})
-                nFailed += failEveryAllocation(operation, allocator, Failure::Once, blKept);
+            for (const Failure failure : {Failure::Once, Failure::FromThereOn})
+                for (const bool blKept : {false, true})
+                    nFailed += failEveryAllocation(operation, allocator, failure, blKept);
             EXPECT_EQ(nBefore, faults::outstanding(Allocator::Sqlite)) << operation.szName << " leaks";
         }
     EXPECT_LT(1000, nFailed);
