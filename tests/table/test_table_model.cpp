@@ -158,6 +158,7 @@ TEST(TableModel, FindsCountsUpdatesAndDeletesWhatAPlainWalkOverTheRecordsFinds)
     const std::uint64_t nFirst = numberFrom("VORN_TEST_FIRST", 0);
     std::printf("VORN_TEST_SEED=%llu VORN_TEST_CASES=%llu\n", static_cast<unsigned long long>(nSeed),
                 static_cast<unsigned long long>(nCases));
+    std::fflush(stdout);  // a crash must not swallow it
     int iFailures = 0;
     for (std::uint64_t nCase = nFirst; nCase < nFirst + nCases && iFailures < kMostFailures; ++nCase)
     {
