@@ -172,7 +172,7 @@ TEST(ConditionLimits, RealsOfEverySizeAreFoundInLongListsAndNotTheirNeighbours)
 {
     FilterTable table("d:double f:float");
     sqlite3_limit(table.db(), SQLITE_LIMIT_VARIABLE_NUMBER, 200);
-    std::mt19937_64 random(20261121);
+    std::mt19937_64 random(20261121);  // NOLINT(cert-msc32-c,cert-msc51-cpp): the same values in every run
     std::vector<double> reals = {0.0, -0.0, 5e-324, -5e-324, 2.2250738585072014e-308, 1.7976931348623157e308, 0.1};
     while (reals.size() < 500)
     {
