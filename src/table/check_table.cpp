@@ -108,7 +108,8 @@ bool reportCells(Store& store, const Facts& facts, Waiter& waiter, Json::Value& 
         for (std::size_t i = 0; i < members.size(); ++i)
         {
             Json::Value jUnused;
-            if (readCell(*members[i], pRow, static_cast<int>(i), readers[i], store.strictReader, jUnused) != Cell::Bad)
+            if (readCell(*members[i], sqlite3_column_value(pRow, static_cast<int>(i)), readers[i], store.strictReader,
+                         jUnused) != Cell::Bad)
                 continue;
             Json::Value jCell;
             jCell["member"] = toJson(members[i]->name);

@@ -75,9 +75,9 @@ public:
         {
             Json::Value jValue;
             if (column.pMember == nullptr)
-                readAny(pStatement, iColumn, jValue);
-            else if (readCell(*column.pMember, pStatement, iColumn, column.reader, m_store.strictReader, jValue) ==
-                     Cell::Bad)
+                readAny(sqlite3_column_value(pStatement, iColumn), jValue);
+            else if (readCell(*column.pMember, sqlite3_column_value(pStatement, iColumn), column.reader,
+                              m_store.strictReader, jValue) == Cell::Bad)
                 return failCell(status, *column.pMember, "");
             ++iColumn;
             if (!jValue.isNull())

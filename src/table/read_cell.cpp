@@ -114,18 +114,14 @@ Cell readJsonText(ValueClass valueClass, std::string_view text, JsonReader& read
     return Cell::Value;
 }
 
-// The characters of a text or BLOB column, or of a number as text.
-std::string_view columnText(sqlite3_stmt* pStatement, int iColumn, bool blBlob)
+// The characters of a text or BLOB, or of a number as text.
+std::string_view cellText(sqlite3_value* pCell, bool blBlob)
 {
-    const void* pText = blBlob ? sqlite3_column_blob(pStatement, iColumn) : sqlite3_column_text(pStatement, iColumn);
-    const int iBytes = sqlite3_column_bytes(pStatement, iColumn);
-    if (pText == nullptr)
-    {
-        if (sqlite3_errcode(sqlite3_db_handle(pStatement)) == SQLITE_NOMEM)
-            throw std::bad_alloc();
-        return "";
-    }
-    return {static_cast<const char*>(pText), static_cast<std::size_t>(iBytes)};
+    const void* pText = blBlob ? sqlite3_value_blob(pCell) : sqlite3_value_text(pCell);
+    const int iBytes = sqlite3_value_bytes(pCell);
+    if (pText == nullptr && (!blBlob || iBytes > 0))  // it needed memory
+        throw std::bad_alloc();
+    return {pText != nullptr ? static_cast<const char*>(pText) : "", static_cast<std::size_t>(iBytes)};
 }
 
 Cell setText(std::string_view text, Json::Value& jValue)
@@ -177,38 +173,38 @@ Cell readText(const Member& member, std::string_view text, JsonReader& reader, S
     }
 }
 
-Cell readCell(const Member& member, sqlite3_stmt* pStatement, int iColumn, JsonReader& reader,
-              StrictReader& strictReader, Json::Value& jValue)
+Cell readCell(const Member& member, sqlite3_value* pCell, JsonReader& reader, StrictReader& strictReader,
+              Json::Value& jValue)
 {
     const ValueClass valueClass = member.pType->valueClass;
-    const int iType = sqlite3_column_type(pStatement, iColumn);
+    const int iType = sqlite3_value_type(pCell);
     if (iType == SQLITE_NULL)
         return Cell::Absent;
     if (iType == SQLITE_TEXT)
-        return readText(member, columnText(pStatement, iColumn, false), reader, strictReader, jValue);
+        return readText(member, cellText(pCell, false), reader, strictReader, jValue);
     if (valueClass == ValueClass::String)
-        return setText(columnText(pStatement, iColumn, iType == SQLITE_BLOB), jValue);
+        return setText(cellText(pCell, iType == SQLITE_BLOB), jValue);
     if (iType == SQLITE_BLOB || valueClass == ValueClass::Object || valueClass == ValueClass::Array)
         return Cell::Bad;
     if (iType == SQLITE_INTEGER && valueClass != ValueClass::Float && valueClass != ValueClass::Double)
-        return setWhole(valueClass, sqlite3_column_int64(pStatement, iColumn), jValue);
-    return readReal(valueClass, sqlite3_column_double(pStatement, iColumn), jValue);
+        return setWhole(valueClass, sqlite3_value_int64(pCell), jValue);
+    return readReal(valueClass, sqlite3_value_double(pCell), jValue);
 }
 
-void readAny(sqlite3_stmt* pStatement, int iColumn, Json::Value& jValue)
+void readAny(sqlite3_value* pCell, Json::Value& jValue)
 {
-    switch (const int iType = sqlite3_column_type(pStatement, iColumn))
+    switch (const int iType = sqlite3_value_type(pCell))
     {
         case SQLITE_NULL:
             break;
         case SQLITE_INTEGER:
-            set(jValue, Json::Value(static_cast<Json::Int64>(sqlite3_column_int64(pStatement, iColumn))));
+            set(jValue, Json::Value(static_cast<Json::Int64>(sqlite3_value_int64(pCell))));
             break;
         case SQLITE_FLOAT:
-            set(jValue, Json::Value(sqlite3_column_double(pStatement, iColumn)));
+            set(jValue, Json::Value(sqlite3_value_double(pCell)));
             break;
         default:
-            setText(columnText(pStatement, iColumn, iType == SQLITE_BLOB), jValue);
+            setText(cellText(pCell, iType == SQLITE_BLOB), jValue);
             break;
     }
 }

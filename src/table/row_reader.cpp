@@ -27,8 +27,9 @@ bool RowReader::read(sqlite3_stmt* pStatement, StrictReader& strictReader, Json:
     m_prototype.fill(jRec,
                      [&](std::size_t i, Json::Value& jValue)
                      {
-                         const Cell cell = readCell(*m_members[i], pStatement, static_cast<int>(i), m_readers[i],
-                                                    strictReader, jValue);
+                         const Cell cell =
+                             readCell(*m_members[i], sqlite3_column_value(pStatement, static_cast<int>(i)),
+                                      m_readers[i], strictReader, jValue);
                          if (cell == Cell::Bad && pBad == nullptr)
                              pBad = m_members[i];
                          return cell == Cell::Value;
