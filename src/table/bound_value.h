@@ -6,6 +6,7 @@
 #define VORN_BOUND_VALUE_H
 
 #include <cstdint>
+#include <memory>
 #include <string>
 #include <string_view>
 #include <utility>
@@ -44,14 +45,15 @@ public:
     static BoundValue borrowed(std::string_view text)
     {
         BoundValue value(Kind::Text);
-        value.m_text = text;
+        value.m_szText = text.data();
+        value.m_length = text.size();
         return value;
     }
     static BoundValue owned(std::string strText)
     {
-        BoundValue value(Kind::Text);
-        value.m_blOwned = true;
-        value.m_strText = std::move(strText);
+        auto pText = std::make_shared<const std::string>(std::move(strText));
+        BoundValue value = borrowed(*pText);
+        value.m_pOwned = std::move(pText);
         return value;
     }
 
@@ -67,21 +69,21 @@ public:
     std::int64_t integer() const { return m_iValue; }
     double real() const { return m_dValue; }
     sqlite3_value* sqlite() const { return m_pValue; }
-    std::string_view text() const { return m_blOwned ? std::string_view(m_strText) : m_text; }
+    std::string_view text() const { return {m_szText, m_length}; }
 
 private:
     explicit BoundValue(Kind kind) : m_kind(kind) {}
 
     Kind m_kind = Kind::Null;
-    bool m_blOwned = false;
     union
     {
         std::int64_t m_iValue = 0;
         double m_dValue;
         sqlite3_value* m_pValue;
+        const char* m_szText;
     };
-    std::string_view m_text;
-    std::string m_strText;
+    std::size_t m_length = 0;
+    std::shared_ptr<const std::string> m_pOwned;  // the text, where nobody else keeps it
 };
 
 }  // namespace vorn

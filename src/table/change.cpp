@@ -30,6 +30,13 @@ long long changeRows(Store& store, Waiter& waiter, const Shape& shape, const std
     return runToEnd(store, waiter, shape, values, status) ? sqlite3_changes64(store.pDb) : -1;
 }
 
+long long deleteCompiled(Store& store, const Compiled& compiled, Status& status)
+{
+    Waiter waiter(store.iLockTimeout);
+    return changeRows(store, waiter, {StatementKind::Delete, nullptr, compiled.strSql, compiled.blKeep},
+                      compiled.values, status);
+}
+
 }  // namespace
 
 long long updateRecords(Store& store, const Json::Value& jFilter, const Json::Value& jValues, bool blAllowAll,
@@ -59,9 +66,7 @@ long long deleteRecords(Store& store, const Json::Value& jFilter, bool blAllowAl
     Compiled compiled;
     if (!compileFilter(store, jFilter, blAllowAll, compiled, status))
         return -1;
-    Waiter waiter(store.iLockTimeout);
-    return changeRows(store, waiter, {StatementKind::Delete, nullptr, compiled.strSql, compiled.blKeep},
-                      compiled.values, status);
+    return deleteCompiled(store, compiled, status);
 }
 
 long long deleteByTexts(Store& store, const std::vector<std::string>& values, const char* szKey, Status& status)
@@ -75,13 +80,23 @@ long long deleteByTexts(Store& store, const std::vector<std::string>& values, co
     }
     Json::Value jList(Json::arrayValue);
     JsonReader reader;
+    const auto readValue = [&](const std::string& strValue, Json::Value& jValue)
+    {
+        return readText(*pMember, strValue, reader, store.strictReader, jValue) == Cell::Value ||
+               fail(status, Code::BadType, szKey,
+                    "A text by which to delete is not that of " + std::string(describe(*pMember)) + '.');
+    };
+    if (values.size() == 1)
+    {
+        Json::Value jValue;
+        Compiled compiled;
+        return readValue(values.front(), jValue) && compileEqual(*pMember, jValue, compiled, status)
+                   ? deleteCompiled(store, compiled, status)
+                   : -1;
+    }
     for (const std::string& strValue : values)
-        if (readText(*pMember, strValue, reader, store.strictReader, jList.append(Json::Value())) != Cell::Value)
-        {
-            fail(status, Code::BadType, szKey,
-                 "A text by which to delete is not that of " + std::string(describe(*pMember)) + '.');
+        if (!readValue(strValue, jList.append(Json::Value())))
             return -1;
-        }
     Json::Value jFilter(Json::objectValue);
     jFilter[szKey]["$in"].swapPayload(jList);
     return deleteRecords(store, jFilter, false, status);

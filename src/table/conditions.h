@@ -43,6 +43,9 @@ enum class FilterKind
 bool compile(const Definition& definition, sqlite3* pDb, const Json::Value& jFilter, FilterKind kind,
              Compiled& compiled, Status& status);
 
+// The filter that the member equals the value, which is not null. The value lives as long as compiled does.
+bool compileEqual(const Member& member, const Json::Value& jValue, Compiled& compiled, Status& status);
+
 // The parameters of SQL text that the host wrote ("vornSqlWhereParams" in a filter, jParams of runSql()): checks that
 // they are those that the text names, replaces each name by "?" and appends the values. A condition is the text of
 // "vornSqlWhereFilter", which must stay within its parentheses.
