@@ -120,6 +120,13 @@ TEST_P(LockedByOther, ARecordIsCreatedAndReadBackOnceTheLockIsReleased)
     EXPECT_SILENT(0, m_store->recCreate(record, stored));
     EXPECT_EQ(record, stored);
     EXPECT_EQ(std::vector<std::string>{"5"}, m_store.rows());
+
+    // A later failure that runs no SQL does not tell of the lock.
+    Json::Value noFilter = 1;
+    stored = Json::Value();
+    EXPECT_LOGS(-1, m_store->recList(noFilter, stored),
+                failed("jRecParam.type() != Json::objectValue && jRecParam.type() != Json::nullValue"),
+                trace("jRecParam=1"));
 }
 
 TEST_P(LockedByOther, ALockOfAHundredMillisecondsIsWaitedOut)

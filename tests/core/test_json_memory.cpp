@@ -75,6 +75,38 @@ TEST_P(JsonMemory, EveryAllocationOfTheReaderMayFail)
     EXPECT_GT(failures, 5);
 }
 
+TEST(JsonMemoryForAString, ThatLacksIsNoFaultOfTheText)
+{
+    if (!faults::isReplaced(faults::Allocator::Malloc))
+        GTEST_SKIP() << "a sanitizer brings its own malloc";
+    Store store(R"({"j": {"cpptype": "Json::Value"}})");
+    ASSERT_EQ(SQLITE_OK, store.db().run("insert into " + store.name() + R"( values ('["\u00e9"]'))"));
+    Json::Value param;
+    Json::Value out;
+    ASSERT_EQ(0, store->recList(param, out));  // what is made once
+    int told = 0;
+    bool struck = true;
+    for (long nth = 1; struck; nth++)
+    {
+        out = Json::Value();
+        faults::Shortage shortage(faults::Allocator::Malloc, faults::Failure::Once, nth);
+        try
+        {
+            store->recList(param, out);
+        }
+        catch (const Json::RuntimeError&)
+        {
+            ++told;
+        }
+        catch (const std::bad_alloc&)
+        {
+        }
+        shortage.end();
+        struck = shortage.struck();
+    }
+    EXPECT_LT(0, told);
+}
+
 TEST(JsonMemoryKept, AColumnKeepsLittleOfWhatItRead)
 {
     Store store(R"({"j": {"cpptype": "Json::Value"}})");

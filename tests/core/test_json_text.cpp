@@ -233,14 +233,25 @@ TEST(JsonText, NestingIsReadToTheDepthThatJsonCppAllows)
     }
 }
 
-TEST(JsonText, AWrittenValueComesBackAsItWas)
+TEST(JsonText, IsWrittenAsByJsonCppAndComesBackAsItWas)
 {
+    Json::StreamWriterBuilder writer;
+    writer["indentation"] = "";
+    writer["emitUTF8"] = true;
+    writer["useSpecialFloats"] = true;
+    std::string controls;
+    for (char control = 1; control < ' '; ++control)
+        controls += control;
+    EXPECT_EQ(Json::writeString(writer, controls), toString(controls));
+
     RandomJson random;
     JsonReader reader;
     for (int round = 0; round < 20000; ++round)
     {
         const Json::Value written = random.value(4);
-        const Json::Value seen = readColumn(toString(written), reader);
+        const std::string text = toString(written);
+        ASSERT_EQ(Json::writeString(writer, written), text) << "seed " << random.seed() << ", round " << round;
+        const Json::Value seen = readColumn(text, reader);
         ASSERT_TRUE(identical(written, seen))
             << "seed " << random.seed() << ", round " << round << "\nwritten: " << written << "\nread:    " << seen;
     }
