@@ -3,6 +3,8 @@
 # Applies the replacements of a page to a source file: each line after "-" stands in it exactly once, and the lines
 # after "+" that follow take its place. Call: awk -f replace.awk REPLACEMENTS SOURCE > RESULT
 
+BEGIN { split("", known) }
+
 FNR == NR && /^-/ { old = substr($0, 2); known[old] = 1; next }
 FNR == NR && /^\+/ { text[old] = text[old] substr($0, 2) "\n"; next }
 FNR == NR { next }
