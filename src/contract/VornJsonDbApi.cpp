@@ -331,9 +331,8 @@ namespace
 
 bool lacksDefault(const Schema& schema, const Json::Value& jRec)
 {
-    RecordCursor record(jRec);
     for (const Member& member : schema.members())
-        if (member.blHasDefault && record.find(member.name) == nullptr)
+        if (member.blHasDefault && memberNamed(jRec, member.name) == nullptr)
             return true;
     return false;
 }
@@ -441,14 +440,13 @@ struct Column
 std::vector<Column> columnsOf(const Json::Value& jMembers, const Json::Value& jRec)
 {
     const bool blRecord = jRec.isObject();
-    RecordCursor record(jRec);
     std::vector<Column> columns;
     columns.reserve(jMembers.size());
     const auto itEnd = jMembers.end();
     for (auto it = jMembers.begin(); it != itEnd; ++it)
     {
         const std::string_view name = nameOf(it);
-        columns.push_back({name, blRecord ? record.find(name) : nullptr});
+        columns.push_back({name, blRecord ? memberNamed(jRec, name) : nullptr});
     }
     return columns;
 }
