@@ -31,11 +31,19 @@ function(vornjsondb_install_targets component)
     DESTINATION ${cmake_package_dir} COMPONENT development)
 endfunction()
 
+set(sqlite_pc sqlite3)
+set(find_modules FindJsonCpp.cmake)
+if(VORNJSONDB_SQLCIPHER)
+  set(sqlite_pc sqlcipher)
+  list(APPEND find_modules FindSQLCipher.cmake)
+endif()
+list(TRANSFORM find_modules PREPEND ${CMAKE_CURRENT_LIST_DIR}/)
+
 if(VORNJSONDB_CONTRACT)
   vornjsondb_install_targets(contract vornjsondb vornjsondb_quiet)
   install(FILES ${PROJECT_SOURCE_DIR}/include/VornJsonDbApi.h
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} COMPONENT development)
-  vornjsondb_install_pc(vornjsondb ${PROJECT_VERSION} -lvornjsondb "jsoncpp sqlite3" "${PROJECT_DESCRIPTION}")
+  vornjsondb_install_pc(vornjsondb ${PROJECT_VERSION} -lvornjsondb "jsoncpp ${sqlite_pc}" "${PROJECT_DESCRIPTION}")
   vornjsondb_install_pc(vornjsondb-quiet ${PROJECT_VERSION}
     "-Wl,--undefined=blLogToStdout -lvornjsondb-quiet" vornjsondb
     "vornjsondb for programs that leave its two flags at false")
@@ -54,5 +62,5 @@ write_basic_package_version_file(vornjsondb-config-version.cmake COMPATIBILITY S
 install(FILES
   ${CMAKE_CURRENT_BINARY_DIR}/vornjsondb-config.cmake
   ${CMAKE_CURRENT_BINARY_DIR}/vornjsondb-config-version.cmake
-  ${CMAKE_CURRENT_LIST_DIR}/FindJsonCpp.cmake
+  ${find_modules}
   DESTINATION ${cmake_package_dir} COMPONENT development)

@@ -187,7 +187,7 @@ sqlite3_stmt* formatStatement()
     {
         static const support::Database* const pDatabase = new support::Database;
         sqlite3_stmt* pPrepared = nullptr;
-        sqlite3_prepare_v2(pDatabase->handle(), "select format(?1, ?2)", -1, &pPrepared, nullptr);
+        sqlite3_prepare_v2(pDatabase->handle(), "select printf(?1, ?2)", -1, &pPrepared, nullptr);
         return pPrepared;
     }();
     return pStatement;

@@ -56,6 +56,7 @@ expected_files()
         printf '%s\n' include/vorn/status.h include/vorn/table.h include/vorn/transaction.h \
             "$LIBDIR/pkgconfig/vorntable.pc"
     fi
+    [ "$SQLCIPHER" = OFF ] || echo "$LIBDIR/cmake/vornjsondb/FindSQLCipher.cmake"
     for file in FindJsonCpp vornjsondb-config vornjsondb-config-version; do
         echo "$LIBDIR/cmake/vornjsondb/$file.cmake"
     done
