@@ -51,7 +51,7 @@ public:
         {
             const Json::Value& jValue = jRec[m_names[i]];
             if (jValue.isNumeric() && !jValue.isBool())
-                scols_column_set_flags(m_columns[i], SCOLS_FL_TRUNC | SCOLS_FL_RIGHT);
+                scols_column_set_flags(m_columns[i], SCOLS_FL_RIGHT);  // half a number would be another one
             const std::string strText = jValue.isNull() ? "" : jValue.isString() ? jValue.asString() : compact(jValue);
             if (scols_line_set_data(pLine, i, harmless(strText, false).c_str()) != 0)
                 throw std::bad_alloc();
@@ -72,10 +72,51 @@ private:
     bool m_blAny = false;
 };
 
+// A line for each member, for terminals on which the names do not stand side by side.
+class UprightSink : public RecordSink
+{
+public:
+    explicit UprightSink(Output& output, const std::vector<std::string>& names)
+        : m_names(names), m_table(output, {kMember, kValue})
+    {
+    }
+
+    void write(const Json::Value& jRec) override
+    {
+        if (m_blAny)
+            m_table.write(Json::objectValue);
+        m_blAny = true;
+        for (const std::string& strName : m_names)
+            if (const Json::Value& jValue = jRec[strName]; !jValue.isNull())
+            {
+                Json::Value jLine;
+                jLine[kMember] = strName;
+                jLine[kValue] = jValue.isString() ? jValue.asString() : compact(jValue);
+                m_table.write(jLine);
+            }
+    }
+
+    void finish() override { m_table.finish(); }
+
+private:
+    static constexpr const char* kMember = "member";
+    static constexpr const char* kValue = "value";
+
+    std::vector<std::string> m_names;
+    TableSink m_table;
+    bool m_blAny = false;
+};
+
 }  // namespace
 
 std::unique_ptr<RecordSink> openTable(Output& output, const std::vector<std::string>& names)
 {
+    const int fd = fileno(output.stream());
+    std::size_t width = 0;
+    for (const std::string& strName : names)
+        width += strName.size() + 1;
+    if (isTerminal(fd) && width > terminalWidth(fd) + 1)
+        return std::make_unique<UprightSink>(output, names);
     return std::make_unique<TableSink>(output, names);
 }
 
