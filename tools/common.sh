@@ -9,7 +9,8 @@ cd "$(dirname "${BASH_SOURCE[0]}")/.."
 # Debian packages by purpose: everything that a command installs is named here.
 packages_build=(cmake g++ libjsoncpp-dev libsqlite3-dev ninja-build)
 packages_demo=("${packages_build[@]}" iso-codes)
-packages_test=("${packages_build[@]}" binutils iso-codes libgtest-dev locales pkgconf)
+packages_cli=(libcli11-dev libcsv-dev libsmartcols-dev)
+packages_test=("${packages_build[@]}" "${packages_cli[@]}" binutils iso-codes libgtest-dev locales pkgconf)
 packages_cli=(libcli11-dev libcsv-dev libsmartcols-dev)
 packages_lint=("${packages_test[@]}" "${packages_cli[@]}" clang clang-format clang-tidy clang-tools
     cmake-format cppcheck gawk perl pyflakes3 shellcheck)

@@ -19,17 +19,16 @@ namespace cli
 namespace
 {
 
-// Writes the records of the request as they come; returns their count.
+// Writes the records of the request as they come, each after prepare; returns their count.
 long long writeAll(Store& store, const Options& options, const Json::Value& jRequest, Output& output,
-                   const std::string& strFormat, const std::function<void(std::uint64_t)>& tell)
+                   const std::string& strFormat, const std::function<void(Json::Value&)>& prepare)
 {
     const auto sink = openSink(output, strFormat, columnsOf(options, store.members()));
-    std::uint64_t records = 0;
     const long long found = store.table().recForEach(jRequest,
                                                      [&](Json::Value& jRec)
                                                      {
+                                                         prepare(jRec);
                                                          sink->write(jRec);
-                                                         tell(++records);
                                                          return !output.hasFailed();
                                                      });
     require(store.table(), found >= 0);
@@ -82,7 +81,7 @@ int list(const Options& options)
     Store store(options, Access::Read);
     Output output("");
     const Json::Value jRequest = requestOf(options, store.members());
-    const long long found = writeAll(store, options, jRequest, output, options.strFormat, [](std::uint64_t) {});
+    const long long found = writeAll(store, options, jRequest, output, options.strFormat, [](Json::Value&) {});
     return found > 0 ? kDone : kNothingFound;
 }
 
@@ -133,8 +132,19 @@ int exportRecords(const Options& options)
     const std::uint64_t total = progress.isSeen() ? expected(store, options) : 0;
     Output output(options.strOutput);
     const std::string strFormat = options.strFormat.empty() ? "jsonl" : options.strFormat;
-    const long long found = writeAll(store, options, jRequest, output, strFormat,
-                                     [&](std::uint64_t records) { progress.show(records, total, records); });
+    // A member that is absent is written as null where an import would fill in its default.
+    std::vector<std::string> filled;
+    for (const std::string& strName : columnsOf(options, store.members()))
+        if (store.members()[strName].isMember("cppDefaultValue"))
+            filled.push_back(strName);
+    const auto prepare = [&, records = std::uint64_t{0}](Json::Value& jRec) mutable
+    {
+        for (const std::string& strName : filled)
+            jRec[strName];
+        ++records;
+        progress.show(records, total, records);
+    };
+    const long long found = writeAll(store, options, jRequest, output, strFormat, prepare);
     return found > 0 ? kDone : kNothingFound;
 }
 

@@ -70,9 +70,13 @@ bool readNumber(std::string_view text, Json::Value& jValue)
     return true;
 }
 
-// Whether the text may be something else than a text: it begins like a value of JSON.
+// Whether the text may be something else than a text: it begins like a value of JSON. 007, which JsonCpp takes for a
+// number, is none.
 bool mayBeJson(std::string_view text)
 {
+    const std::size_t first = !text.empty() && text.front() == '-' ? 1 : 0;
+    if (text.size() > first + 1 && text[first] == '0' && isDigit(text[first + 1]))
+        return false;
     constexpr std::string_view kBeginnings = "{[\"-0123456789tfn \t\r\n";
     return !text.empty() && kBeginnings.find(text.front()) != std::string_view::npos;
 }

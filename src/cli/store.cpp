@@ -10,6 +10,7 @@
 
 #include "error.h"
 #include "json_argument.h"
+#include "sql.h"
 
 namespace cli
 {
@@ -89,6 +90,8 @@ Store::Store(const Options& options, Access access, bool blTransaction) : m_conn
         if (!m_transaction->isOpen())
             throw failed(m_transaction->status());
     }
+    // The table's constructor would wait for a time of its own.
+    Query(m_connection.get(), "SELECT 1 FROM sqlite_master LIMIT 1", "").step();
     m_table = std::make_unique<vorn::Table>(m_connection.get(), m_strName, jDefinition);
     m_table->setLockTimeout(0);
     const vorn::Status& status = m_table->status();
