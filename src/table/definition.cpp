@@ -81,6 +81,7 @@ bool readMember(std::string_view name, const Json::Value& jEntry, Member& member
 bool checkCase(const std::vector<Member>& members, Status& status)
 {
     std::vector<const Member*> sorted;
+    sorted.reserve(members.size());
     for (const Member& member : members)
         sorted.push_back(&member);
     std::sort(sorted.begin(), sorted.end(),

@@ -58,6 +58,7 @@ bool insertAndRead(Store& store, const Facts& facts, Waiter& waiter, const Recor
         return runIgnored(store, waiter, {StatementKind::InsertAbort, &record.members}, record.values, status) &&
                failTrigger(status, "A trigger keeps the record from being stored.");
     std::vector<BoundValue> key;
+    key.reserve(facts.key.size());
     for (int i = 0; i < static_cast<int>(facts.key.size()); ++i)
         key.push_back(BoundValue::sqlite(sqlite3_column_value(run.statement(), i)));
     return readBack(store, waiter, facts.strByKey, key, jRec, status) && run.next(status);

@@ -36,7 +36,11 @@ class MemberSet
 {
 public:
     explicit MemberSet(std::size_t size) : m_strBits((size + kBits - 1) / kBits, '\0') {}
-    void add(std::size_t place) { m_strBits[place / kBits] |= static_cast<char>(1U << place % kBits); }
+    void add(std::size_t place)
+    {
+        char& bits = m_strBits[place / kBits];
+        bits = static_cast<char>(static_cast<unsigned char>(bits) | 1U << place % kBits);
+    }
     bool has(std::size_t place) const
     {
         return (static_cast<unsigned char>(m_strBits[place / kBits]) >> place % kBits & 1U) != 0;

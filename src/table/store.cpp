@@ -112,7 +112,7 @@ void Store::release()
 std::string statementText(const Store& store, const Shape& shape)
 {
     const std::string& strTable = store.definition.quotedName();
-    const std::string strTail(shape.tail);
+    std::string strTail(shape.tail);
     switch (shape.kind)
     {
         case StatementKind::Select:
