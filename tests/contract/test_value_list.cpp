@@ -404,3 +404,13 @@ TEST(ValueList, AnUnsupportedTypeIsRefusedWithoutAnyMemory)
                          [&] { return store->SqlExpandMemberSymbol(out, record); }));
     EXPECT_EQ("VALUES (", out);
 }
+
+TEST(ValueList, LongTextsAreWrittenWhole)
+{
+    Store store(people);
+    const std::string name(1500000, 'n');
+    Json::Value record = json(R"({"age": 3})");
+    record["name"] = name;
+    record["zip"] = name;
+    EXPECT_EQ("(3,'" + name + "','" + name + "') ", values(store, record));
+}
