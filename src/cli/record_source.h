@@ -44,7 +44,7 @@ private:
     std::uint64_t m_total = 0;
     std::size_t m_place = 0;
     std::size_t m_filled = 0;
-    char m_buffer[65536];
+    char m_buffer[65536] = {};
 };
 
 constexpr std::size_t kLongestRecord = 64U * 1024U * 1024U;  // memory stays flat, whatever a file holds

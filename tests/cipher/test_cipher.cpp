@@ -15,8 +15,10 @@ using namespace support;
 namespace
 {
 
-constexpr const char* kTexts[] = {"Ann O'Neil", "a very private remark", "private_remark", "CREATE TABLE", "SQLite format"};
-constexpr const char* kMembers = R"({"name": {"cpptype": "string"}, "private_remark": {"cpptype": "Json::objectValue"}})";
+constexpr const char* kTexts[] = {"Ann O'Neil", "a very private remark", "private_remark", "CREATE TABLE",
+                                  "SQLite format"};
+constexpr const char* kMembers =
+    R"({"name": {"cpptype": "string"}, "private_remark": {"cpptype": "Json::objectValue"}})";
 
 std::shared_ptr<Database> opened(const std::string& path, const std::string& key)
 {
@@ -104,8 +106,7 @@ TEST(Cipher, AnotherKeyOrNoneIsToldAsAFileThatIsNoDatabase)
         EXPECT_EQ(-1, people.recList(everyone, found));
         capture.stop();
         ASSERT_FALSE(capture.syslogCalls().empty());
-        EXPECT_NE(std::string::npos,
-                  capture.syslogCalls().front().text.find("file is encrypted or is not a database"));
+        EXPECT_NE(std::string::npos, capture.syslogCalls().front().text.find("file is encrypted or is not a database"));
         EXPECT_TRUE(found.isNull());
     }
 }
