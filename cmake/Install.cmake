@@ -55,6 +55,12 @@ if(VORNJSONDB_TABLE)
   vornjsondb_install_pc(vorntable ${VORNJSONDB_TABLE_VERSION} -lvorntable "jsoncpp sqlite3 >= 3.38"
     "${PROJECT_DESCRIPTION}, with bound values and kept statements")
 endif()
+if(TARGET vornjsondb_cli)
+  install(TARGETS vornjsondb_cli DESTINATION ${CMAKE_INSTALL_BINDIR} COMPONENT tools)
+  install(FILES ${PROJECT_SOURCE_DIR}/src/cli/vornjsondb.1 DESTINATION ${CMAKE_INSTALL_MANDIR}/man1 COMPONENT tools)
+  install(FILES ${PROJECT_SOURCE_DIR}/src/cli/vornjsondb.bash RENAME vornjsondb
+    DESTINATION ${CMAKE_INSTALL_DATADIR}/bash-completion/completions COMPONENT tools)
+endif()
 
 configure_package_config_file(${CMAKE_CURRENT_LIST_DIR}/vornjsondb-config.cmake.in vornjsondb-config.cmake
   INSTALL_DESTINATION ${cmake_package_dir} NO_SET_AND_CHECK_MACRO NO_CHECK_REQUIRED_COMPONENTS_MACRO)

@@ -31,14 +31,15 @@ armhf_unpack()
     done
 }
 
-# armhf_prepare: fills the sysroot with the target's SQLite, JsonCpp and GoogleTest, once.
+# armhf_prepare: fills the sysroot with the target's SQLite, JsonCpp, GoogleTest and what the program needs, once.
 armhf_prepare()
 {
     local done=$armhf_sysroot/complete
-    [ ! -f "$done" ] || return 0
+    [ ! -f "$done" ] || [ ! -f "$armhf_sysroot/usr/include/csv.h" ] || return 0
     say "Preparing $armhf_sysroot"
     rm -rf build/arm/sysroot build/arm/apt build/arm/packages
-    armhf_unpack "$armhf_sysroot" libsqlite3-0 libsqlite3-dev libjsoncpp25 libjsoncpp-dev
+    armhf_unpack "$armhf_sysroot" libsqlite3-0 libsqlite3-dev libjsoncpp25 libjsoncpp-dev \
+        libcli11-dev libcsv3 libcsv-dev libsmartcols1 libsmartcols-dev
 
     armhf_configure build/arm/googletest -S /usr/src/googletest -DCMAKE_BUILD_TYPE=Release -DBUILD_GMOCK=OFF \
         -DCMAKE_INSTALL_PREFIX="$armhf_sysroot/usr"
@@ -58,7 +59,7 @@ armhf_configure()
 armhf_dpkg()
 {
     local folder=$1 package deb part
-    local packages=(libc6 libgcc-s1 libjsoncpp25 libsqlite3-0 libstdc++6)
+    local packages=(libc6 libcsv3 libgcc-s1 libjsoncpp25 libsmartcols1 libsqlite3-0 libstdc++6)
     armhf_unpack "$folder" "${packages[@]}"
     mkdir -p "$folder/db/info" "$folder/db/updates"
     printf '%s\n' amd64 armhf >"$folder/db/arch"

@@ -11,7 +11,6 @@ packages_build=(cmake g++ libjsoncpp-dev libsqlite3-dev ninja-build)
 packages_demo=("${packages_build[@]}" iso-codes)
 packages_cli=(libcli11-dev libcsv-dev libsmartcols-dev)
 packages_test=("${packages_build[@]}" "${packages_cli[@]}" binutils iso-codes libgtest-dev locales pkgconf)
-packages_cli=(libcli11-dev libcsv-dev libsmartcols-dev)
 packages_lint=("${packages_test[@]}" "${packages_cli[@]}" clang clang-format clang-tidy clang-tools
     cmake-format cppcheck gawk perl pyflakes3 shellcheck)
 packages_fuzz=("${packages_build[@]}" clang libclang-rt-dev)

@@ -16,7 +16,7 @@ arm_tests()
 {
     local folder=build/arm/$1
     say "== armhf, $1"
-    armhf_configure "$folder" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVORNJSONDB_WERROR=ON "${@:3}"
+    armhf_configure "$folder" -DCMAKE_BUILD_TYPE=RelWithDebInfo -DVORNJSONDB_WERROR=ON -DVORNJSONDB_CLI=ON "${@:3}"
     compile "$folder" "$2"
     ctest --test-dir "$folder" --output-on-failure --no-tests=error --parallel "$jobs" "${selection[@]}"
 }
