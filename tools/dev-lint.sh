@@ -51,7 +51,7 @@ for source in "${compiled[@]}"; do
 done
 say "== clang++, what this build does not compile: ${others[*]}"
 # shellcheck disable=SC2046 # flags are many words
-clang++ -fsyntax-only -std=c++17 -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -Iinclude \
+clang++ -fsyntax-only -std=c++17 -Wall -Wextra -Wpedantic -Wshadow -Wconversion -Werror -Iinclude -Itests/support \
     $(pkg-config --cflags jsoncpp) "${others[@]}"
 
 # Not its style checks: they ask for algorithms in place of loops, and for other signatures than the settled ones.

@@ -229,7 +229,9 @@ private:
         Json::Value out;
         ASSERT_EQ(m_records.empty() ? 0 : 1, m_api->recGetOne(filter, out));
         if (!m_records.empty())
+        {
             EXPECT_EQ(m_records[out["id"].asInt()].count, out["count"].asInt64());
+        }
     }
 
     void list()
