@@ -146,7 +146,7 @@ TEST_F(Terminal, AnImportThatLastsHasABarWithRateAndTimeLeft)
 {
     // The trigger takes some milliseconds for each record.
     sql("CREATE TRIGGER slow BEFORE INSERT ON people BEGIN SELECT count(*) FROM (WITH RECURSIVE n(i) AS "
-        "(SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 20000) SELECT i FROM n); END");
+        "(SELECT 1 UNION ALL SELECT i + 1 FROM n WHERE i < 60000) SELECT i FROM n); END");
     std::string strRecords;
     for (int i = 100; i < 400; ++i)
         strRecords += "{\"id\":" + std::to_string(i) + "}\n";

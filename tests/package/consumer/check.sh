@@ -17,7 +17,8 @@ trap 'rm -rf "$work"' EXIT
 prefix=$work/prefix
 flags=$here/../hosts/flags.cpp
 
-install_to() { "$CMAKE" --install "$BUILD" --prefix "$1" >/dev/null; }
+# One at a time: installing writes into the build.
+install_to() { flock "$BUILD/install.lock" "$CMAKE" --install "$BUILD" --prefix "$1" >/dev/null; }
 
 fail()
 {

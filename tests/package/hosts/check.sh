@@ -37,7 +37,8 @@ does_not_build()
     ! "$CMAKE" --build "$work/build" --target "$1" >"$work/output" 2>&1 || fail "The host $1 could be linked."
 }
 
-"$CMAKE" --install "$BUILD" --prefix "$work/elsewhere" >/dev/null
+# One at a time: installing writes into the build.
+flock "$BUILD/install.lock" "$CMAKE" --install "$BUILD" --prefix "$work/elsewhere" >/dev/null
 mv "$work/elsewhere" "$work/prefix"
 "$CMAKE" -S "$here" -B "$work/build" -Dvornjsondb_DIR="$work/prefix/$LIBDIR/cmake/vornjsondb" \
     "-DCOMPONENTS=$COMPONENTS" \
