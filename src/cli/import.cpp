@@ -36,7 +36,7 @@ public:
     void add(std::uint64_t bytes)
     {
         constexpr Json::ArrayIndex kMostRecords = 200;  // few enough to stay in the processor's cache
-        constexpr std::uint64_t kMostBytes = 1024U * 1024U;
+        constexpr std::uint64_t kMostBytes = std::uint64_t{1024} * 1024;
         if (m_options.blUpsert)
             return save(place());
         ++m_waiting;

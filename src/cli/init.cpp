@@ -57,7 +57,7 @@ std::string columnType(sqlite3* pDb, const std::string& strTable, const std::str
         guess.look(jRead.isObject() || jRead.isArray() ? jRead : Json::Value(""));
         ++values;
     }
-    const std::string strType = guess.typeName(false);
+    std::string strType = guess.typeName(false);
     if (values == 0 || strType == "Json::Value")
         return "string";
     if (strType != "string")

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 
 #include <sys/stat.h>
+#include <unistd.h>
 
 #include <cstring>
 
@@ -19,7 +20,7 @@ Input::Input(const std::string& strFile)
     if (m_pFile == nullptr || fstat(fileno(m_pFile), &about) != 0 || S_ISDIR(about.st_mode))
     {
         if (m_pFile != nullptr && m_pFile != stdin)
-            std::fclose(m_pFile);
+            static_cast<void>(std::fclose(m_pFile));
         throw failure(vorn::Code::Missing, "the file " + strFile + " cannot be read");
     }
     if (S_ISREG(about.st_mode))
@@ -29,7 +30,7 @@ Input::Input(const std::string& strFile)
 Input::~Input()
 {
     if (m_pFile != stdin)
-        std::fclose(m_pFile);
+        static_cast<void>(std::fclose(m_pFile));
 }
 
 int Input::refill()
@@ -45,11 +46,13 @@ const char* Input::block(std::size_t& size)
 {
     if (m_place == m_filled)
     {
-        m_filled = std::fread(m_buffer, 1, sizeof m_buffer, m_pFile);
+        // What there is, without waiting until the buffer is full: a pipe may give a little at a time.
+        const ssize_t got = ::read(fileno(m_pFile), m_buffer, sizeof m_buffer);
+        if (got < 0 && !isInterrupted())
+            throw failure(vorn::Code::Missing, "reading " + m_strName + " failed");
+        m_filled = got > 0 ? static_cast<std::size_t>(got) : 0;
         m_total += m_filled;
         m_place = 0;
-        if (std::ferror(m_pFile) != 0 && !isInterrupted())
-            throw failure(vorn::Code::Missing, "reading " + m_strName + " failed");
     }
     const char* const szBlock = m_buffer + m_place;
     size = m_filled - m_place;

@@ -6,8 +6,7 @@
 #include <unistd.h>
 
 #include <clocale>
-#include <cstdio>
-#include <functional>
+#include <iostream>
 #include <map>
 #include <new>
 
@@ -65,7 +64,7 @@ void tell(vorn::Status status, bool blJson)
         jStatus["index"] = static_cast<Json::Int64>(status.index);
         strLine = cli::compact(jStatus);
     }
-    std::fprintf(stderr, "%s\n", strLine.c_str());
+    std::cerr << strLine + '\n';
 }
 
 // Whatever a signal made fail, only the signal is of interest.
@@ -94,7 +93,7 @@ int main(int argc, char** argv)
 {
     occupyStandardDescriptors();
     cli::catchSignals();
-    std::setlocale(LC_CTYPE, "");  // widths of characters; numbers stay as JSON writes them
+    static_cast<void>(std::setlocale(LC_CTYPE, ""));  // widths of characters; numbers stay as JSON writes them
     cli::Options options;
     try
     {
@@ -111,7 +110,7 @@ int main(int argc, char** argv)
     }
     catch (const std::bad_alloc&)
     {
-        std::fputs("vornjsondb: there is not enough memory\n", stderr);
+        std::cerr << "vornjsondb: there is not enough memory\n";
         return cli::kFailure;
     }
 }

@@ -45,9 +45,8 @@ Output::Output(const std::string& strFile)
     m_file.reset(std::fopen((m_strPart.empty() ? m_strPlace : m_strPart).c_str(), "wb"));
     if (m_file == nullptr)
     {
-        const Error error = failedWriting(strFile);
         m_strPart.clear();
-        throw error;
+        throw failedWriting(strFile);
     }
 }
 

@@ -24,7 +24,10 @@ public:
 
     std::FILE* stream() const { return m_file != nullptr ? m_file.get() : stdout; }
     bool hasFailed() const { return std::ferror(stream()) != 0; }
-    void write(const std::string& strText) { std::fwrite(strText.data(), 1, strText.size(), stream()); }
+    void write(const std::string& strText)
+    {
+        static_cast<void>(std::fwrite(strText.data(), 1, strText.size(), stream()));  // finish() tells
+    }
 
     // Throws where something was not written.
     void finish();

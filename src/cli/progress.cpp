@@ -6,8 +6,9 @@
 #include <unistd.h>
 
 #include <algorithm>
-#include <cstdio>
+#include <cmath>
 #include <cstring>
+#include <iostream>
 
 #include "terminal.h"
 
@@ -20,10 +21,9 @@ namespace
 std::string duration(double dSeconds)
 {
     constexpr long kMinute = 60;
-    const long seconds = static_cast<long>(dSeconds + 0.5);
-    char szText[32];
-    std::snprintf(szText, sizeof szText, "%ld:%02ld", seconds / kMinute, seconds % kMinute);
-    return szText;
+    const long seconds = std::lround(dSeconds);
+    const std::string strSeconds = std::to_string(seconds % kMinute);
+    return std::to_string(seconds / kMinute) + (strSeconds.size() < 2 ? ":0" : ":") + strSeconds;
 }
 
 std::string bar(double dShare, std::size_t cells)
@@ -38,8 +38,7 @@ std::string bar(double dShare, std::size_t cells)
 
 void draw(const std::string& strLine)
 {
-    std::fprintf(stderr, "\r\033[K%s", strLine.c_str());
-    std::fflush(stderr);
+    std::cerr << "\r\033[K" + strLine;  // in one piece
 }
 
 }  // namespace
@@ -75,7 +74,7 @@ void Progress::show(std::uint64_t done, std::uint64_t total, std::uint64_t recor
 void Progress::clear()
 {
     if (m_blShown)
-        std::fputs("\r\033[K", stderr);
+        draw("");
     m_blShown = false;
 }
 

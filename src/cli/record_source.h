@@ -47,7 +47,7 @@ private:
     char m_buffer[65536] = {};
 };
 
-constexpr std::size_t kLongestRecord = 64U * 1024U * 1024U;  // memory stays flat, whatever a file holds
+constexpr std::size_t kLongestRecord = std::size_t{64} * 1024 * 1024;  // memory stays flat, whatever a file holds
 
 class RecordSource
 {

@@ -12,12 +12,10 @@
 
 #include <algorithm>
 #include <array>
-#include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <thread>
 
 namespace cli_test
 {
@@ -105,17 +103,6 @@ void sql(const std::string& text)
     ASSERT_EQ(sqlite3_open("people.db", &pDb), SQLITE_OK);
     EXPECT_EQ(sqlite3_exec(pDb, text.c_str(), nullptr, nullptr, nullptr), SQLITE_OK) << sqlite3_errmsg(pDb);
     sqlite3_close(pDb);
-}
-
-bool becomesTrue(const std::function<bool()>& holds)
-{
-    for (int i = 0; i < 1000; ++i)
-    {
-        if (holds())
-            return true;
-        std::this_thread::sleep_for(std::chrono::milliseconds(10));
-    }
-    return false;
 }
 
 void expectAll(const std::vector<Case>& cases)

@@ -32,9 +32,6 @@ Result terminal(
 // Runs SQL on people.db without the program.
 void sql(const std::string& text);
 
-// Waits, ten seconds at most, until it holds.
-bool becomesTrue(const std::function<bool()>& holds);
-
 struct Case
 {
     std::string line;

@@ -2,17 +2,13 @@
 //
 // import and export: every format there and back, and files that mean harm.
 
-#include <fstream>
-
 #include "program.h"
 
 namespace
 {
 
-using cli_test::Case;
 using cli_test::Cli;
 using cli_test::expectAll;
-using cli_test::readFile;
 using cli_test::sh;
 using cli_test::writeFile;
 

@@ -11,7 +11,6 @@ namespace
 {
 
 using cli_test::Cli;
-using cli_test::expectAll;
 using cli_test::Result;
 using cli_test::sh;
 using cli_test::sql;
