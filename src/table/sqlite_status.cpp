@@ -81,6 +81,15 @@ bool isTooMuch(std::string_view message)
     return false;
 }
 
+// What SQLite says where it was built without its JSON functions.
+bool lacksJson(std::string_view message)
+{
+    for (const std::string_view known : {"no such table: json_each", "no such function: json_"})
+        if (message.substr(0, known.size()) == known)
+            return true;
+    return false;
+}
+
 }  // namespace
 
 Code codeOf(int iResult)
@@ -149,6 +158,9 @@ bool failPrepare(Status& status, sqlite3* pDb, int iResult)
         status.sqlite = iResult;
         return false;
     }
+    if (lacksJson(message))
+        return failWith(status, iResult, "",
+                        "This SQLite was built without its JSON functions, which paths and very long lists need.");
     return failWith(status, iResult, "", "SQLite: " + std::string(message) + '.');
 }
 

@@ -2,6 +2,8 @@
 //
 // Requests: order, pages and fields; which mistakes are reported and how; which indexes serve; what is kept.
 
+#include <sqlite3.h>
+
 #include <set>
 
 #include "filter_table.h"
@@ -245,6 +247,58 @@ TEST(Requests, IndexesServe)
     sqlite3_limit(table.db(), SQLITE_LIMIT_VARIABLE_NUMBER, 3);
     for (const char* szRequest : {R"({"s":["1","2","3","4","\u0000"]})", R"({"i":[1,2,3,4]})", R"({"d":[1,2,3,4]})"})
         EXPECT_EQ(0U, table.plan(json(szRequest)).find(strBy)) << table.plan(json(szRequest));
+}
+
+// The steps of SQLite's machine are an exact count of what a fetch costs that does not depend on the machine.
+TEST(Requests, AnIndexedFetchCostsTheSameHoweverManyRecordsThereAre)
+{
+    FilterTable table("s:string+");
+    int next = 0;
+    const auto addUpTo = [&table, &next](int count)
+    {
+        Json::Value jRecords;
+        for (; next < count; ++next)
+        {
+            Json::Value& jRecord = jRecords.append(Json::Value());
+            jRecord["id"] = next;
+            jRecord["s"] = "name " + std::to_string(next);
+        }
+        ASSERT_LT(0, table->recCreateAll(jRecords));
+    };
+    const auto steps = [&table]
+    {
+        Json::Value jFound;
+        EXPECT_EQ(1, table->recGetOne(json(R"({"s":"name 500"})"), jFound));
+        EXPECT_EQ(500, jFound["id"].asInt());
+        int iSteps = 0;
+        for (sqlite3_stmt* p = sqlite3_next_stmt(table.db(), nullptr); p != nullptr;
+             p = sqlite3_next_stmt(table.db(), p))
+            iSteps += sqlite3_stmt_status(p, SQLITE_STMTSTATUS_VM_STEP, 1);
+        return iSteps;
+    };
+    addUpTo(1000);
+    steps();  // what came before
+    const int iFew = steps();
+    addUpTo(100000);
+    steps();
+    const int iMany = steps();
+    EXPECT_LT(0, iFew);
+    EXPECT_LE(iMany, iFew * 1.2) << iFew << " steps among 1,000 records";
+}
+
+TEST(Requests, WithoutSqlitesJsonFunctionsPathsAndVeryLongListsSayWhatIsMissing)
+{
+    FilterTable table("s:string j:Json::Value");
+    table.add(json(R"({"id":1,"s":"x","j":{"a":1}})"));
+    ASSERT_EQ(SQLITE_OK, sqlite3_drop_modules(table.db(), nullptr));  // json_each among them
+    sqlite3_limit(table.db(), SQLITE_LIMIT_VARIABLE_NUMBER, 3);
+    EXPECT_EQ("1", table.ids(json(R"({"s":["x","y"]})")));
+    for (const char* szRequest : {R"({"j.a":1})", R"({"s":["x","1","2","3","4"]})"})
+    {
+        EXPECT_EQ("Sqlite ", table.ids(json(szRequest))) << szRequest;
+        EXPECT_EQ("This SQLite was built without its JSON functions, which paths and very long lists need.",
+                  table->status().text);
+    }
 }
 
 TEST(Requests, APrefixIsExactWhateverTheColumnCollatesBy)
