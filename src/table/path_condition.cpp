@@ -2,6 +2,7 @@
 //
 // Operators on paths into JSON cells.
 
+#include "../core/text.h"
 #include "cell_value.h"
 #include "condition_parts.h"
 #include "failure.h"
@@ -120,8 +121,9 @@ bool writePattern(ConditionParts& parts, const Subject& subject, Operator op, co
     const std::string strRow = writeExists(parts, subject, blNegated);
     if (strRow.empty())
         return false;
-    parts.strSql +=
-        strRow + ".type='text' AND " + strRow + (op == Operator::Like ? ".value LIKE ?)" : ".value GLOB ?)");
+    // The text as it was stored: SQL's own operators then see it up to its first NUL, as in a member.
+    appendAll(parts.strSql, {strRow, ".type='text' AND ", withNulSql(strRow + ".value"),
+                             op == Operator::Like ? " LIKE ?)" : " GLOB ?)"});
     parts.values.push_back(BoundValue::borrowed(textOf(jOperand)));
     return true;
 }
