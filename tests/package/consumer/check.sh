@@ -58,6 +58,7 @@ expected_files()
             "$LIBDIR/pkgconfig/vorntable.pc"
     fi
     [ "$SQLCIPHER" = OFF ] || echo "$LIBDIR/cmake/vornjsondb/FindSQLCipher.cmake"
+    [ "$CLI" = OFF ] || printf '%s\n' bin/vornjsondb share/bash-completion/completions/vornjsondb share/man/man1/vornjsondb.1
     for file in FindJsonCpp vornjsondb-config vornjsondb-config-version; do
         echo "$LIBDIR/cmake/vornjsondb/$file.cmake"
     done
