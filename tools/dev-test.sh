@@ -10,5 +10,6 @@ if [ "${1:-}" = --sanitize ]; then
 fi
 
 need "${packages_test[@]}"
-build "$preset"
+# Where changes are judged a warning is an error from the first build on, so that ./dev lint has it already.
+build "$preset" ${CI:+-DVORNJSONDB_WERROR=ON}
 ctest --preset "$preset" --parallel "$jobs" "$@"
