@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// import: everything in one transaction, a batch of records at a time.
+// import: everything in one transaction.
 
 #include <iostream>
 #include <memory>
@@ -29,53 +29,25 @@ public:
         m_bad = std::make_unique<Output>(options.strSkipBad);
     }
 
-    // Where the next record is to be read to. What an earlier one left there may be used again.
-    Json::Value& place() { return m_jBatch[m_waiting]; }
-
-    // The record at place() is complete; so many bytes were read for it.
-    void add(std::uint64_t bytes)
+    // One at a time: a record that was just read lies in the processor's cache, which is worth more than a list's
+    // common preparations.
+    void add(Json::Value& jRec)
     {
-        constexpr Json::ArrayIndex kMostRecords = 200;  // few enough to stay in the processor's cache
-        constexpr std::uint64_t kMostBytes = std::uint64_t{1024} * 1024;
-        if (m_options.blUpsert)
-            return save(place());
-        ++m_waiting;
-        m_waitingBytes += bytes;
-        if (m_waiting == kMostRecords || m_waitingBytes >= kMostBytes)
-            flush();
-    }
-
-    // Stores what waits.
-    void flush()
-    {
-        m_jBatch.resize(m_waiting);
         vorn::Table& table = m_store.table();
-        if (table.recCreateAll(m_jBatch) >= 0)
-        {
-            m_stored += m_waiting;
-        }
-        else if (!skips(table.status()))
-        {
-            throw failedAt(m_stored + m_skipped + static_cast<unsigned long long>(table.status().index + 1));
-        }
+        const Json::Value jGiven = m_options.blUpsert && m_bad != nullptr ? jRec : Json::Value();
+        if ((m_options.blUpsert ? table.recSave(jRec, false) : table.recCreate(jRec)) == 0)
+            ++m_stored;
+        else if (skips(table.status()))
+            skip(m_options.blUpsert ? jGiven : jRec, table.status());
         else
-        {
-            for (Json::Value& jRec : m_jBatch)
-                if (table.recCreate(jRec) == 0)
-                    ++m_stored;
-                else if (skips(table.status()))
-                    skip(jRec, table.status());
-                else
-                    throw failedAt(0);
-        }
-        m_waiting = 0;
-        m_waitingBytes = 0;
+            throw failedAt(m_stored + m_skipped + 1);
+        if (m_options.blUpsert)
+            jRec = Json::Value();  // it is the stored one by now
     }
 
     // A text that is no record.
     void refuse(const std::string& strText, const std::string& strProblem)
     {
-        flush();
         vorn::Status status;
         status.code = vorn::Code::BadType;
         status.text = strProblem;
@@ -89,7 +61,6 @@ public:
 
     void finish()
     {
-        flush();
         if (m_bad != nullptr)
             m_bad->finish();
     }
@@ -106,23 +77,10 @@ private:
             case vorn::Code::OutOfRange:
             case vorn::Code::Duplicate:
             case vorn::Code::Constraint:
-                return m_bad != nullptr;
+                return m_bad != nullptr && m_store.transaction().isOpen();  // a trigger may have ended all
             default:
                 return false;
         }
-    }
-
-    void save(Json::Value& jRec)
-    {
-        const Json::Value jGiven = m_bad != nullptr ? jRec : Json::Value();
-        vorn::Table& table = m_store.table();
-        if (table.recSave(jRec, false) == 0)
-            ++m_stored;
-        else if (skips(table.status()))
-            skip(jGiven, table.status());
-        else
-            throw failedAt(m_stored + m_skipped + 1);
-        jRec = Json::Value();
     }
 
     void skip(const Json::Value& jRec, const vorn::Status& status)
@@ -136,21 +94,17 @@ private:
         ++m_skipped;
     }
 
-    // What the table said, with the record's number, from 1, where that is known. Nothing of a record is bad usage.
+    // What the table said, with the record's number, from 1. Nothing of a record is bad usage.
     Error failedAt(unsigned long long record) const
     {
         vorn::Status status = m_store.table().status();
-        if (record > 0)
-            status.text = "record " + std::to_string(record) + ": " + status.text;
+        status.text = "record " + std::to_string(record) + ": " + status.text;
         return {kFailure, status};
     }
 
     const Options& m_options;
     Store& m_store;
-    std::unique_ptr<Output> m_bad;           // null where bad records are not passed over
-    Json::Value m_jBatch{Json::arrayValue};  // its first m_waiting records wait to be stored
-    Json::ArrayIndex m_waiting = 0;
-    std::uint64_t m_waitingBytes = 0;
+    std::unique_ptr<Output> m_bad;  // null where bad records are not passed over
     unsigned long long m_stored = 0;
     unsigned long long m_skipped = 0;
 };
@@ -165,17 +119,16 @@ int importRecords(const Options& options)
 
     Import import(options, store);
     Progress progress("importing");
+    Json::Value jRec;
     std::string strText;
     std::string strProblem;
-    std::uint64_t before = 0;
-    while (!isInterrupted() && source->next(import.place(), strText, strProblem))
+    while (!isInterrupted() && source->next(jRec, strText, strProblem))
     {
         if (strProblem.empty())
-            import.add(input.done() - before);
+            import.add(jRec);
         else
             import.refuse(strText, strProblem);
-        before = input.done();
-        progress.show(before, input.size(), import.stored());
+        progress.show(input.done(), input.size(), import.stored());
     }
     progress.clear();
     if (!isInterrupted())

@@ -3,6 +3,7 @@
 // vornjsondb: one table of an SQLite database at the shell.
 
 #include <fcntl.h>
+#include <sqlite3.h>
 #include <unistd.h>
 
 #include <clocale>
@@ -93,6 +94,7 @@ int main(int argc, char** argv)
 {
     occupyStandardDescriptors();
     cli::catchSignals();
+    sqlite3_config(SQLITE_CONFIG_SINGLETHREAD);  // there is one thread, which need not lock anything
     static_cast<void>(std::setlocale(LC_CTYPE, ""));  // widths of characters; numbers stay as JSON writes them
     cli::Options options;
     try

@@ -101,6 +101,15 @@ TEST_F(Files, BadRecordsGoWhereTheyAreAskedTo)
                {"vornjsondb import in.jsonl --skip-bad none/bad", kFailure, "", "writing none/bad failed"}});
 }
 
+TEST_F(Files, WhereATriggerEndsTheTransactionNothingIsStored)
+{
+    ASSERT_EQ(sh("vornjsondb upgrade").status, 0);
+    cli_test::sql("CREATE TRIGGER r BEFORE INSERT ON people WHEN new.id = 2 BEGIN SELECT RAISE(ROLLBACK, 'no'); END");
+    writeFile("in.jsonl", "{\"id\":1}\n{\"id\":2}\n{\"id\":3}\n");
+    expectAll({{"vornjsondb import in.jsonl --skip-bad bad", kFailure, "", "record 2: "},
+               {"vornjsondb count", kNothing, "0\n", ""}});
+}
+
 // Each begins with good records: none of them may be stored.
 TEST_F(Files, OfAFileWithAFaultNothingIsStored)
 {
