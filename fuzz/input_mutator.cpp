@@ -13,7 +13,7 @@
 #include <vector>
 
 #include "input.h"
-#include "reference_json.h"
+#include "json_value.h"
 
 extern "C" std::size_t LLVMFuzzerMutate(std::uint8_t* data, std::size_t size, std::size_t maxSize);
 
@@ -189,7 +189,7 @@ private:
 // 0 when the text of the value does not fit.
 std::size_t store(const Json::Value& jValue, std::uint8_t* out, std::size_t maxSize)
 {
-    const std::string strText = fuzz::writeReference(jValue);
+    const std::string strText = support::writeReference(jValue);
     if (strText.size() > maxSize)
         return 0;
     std::copy(strText.begin(), strText.end(), out);
