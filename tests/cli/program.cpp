@@ -139,11 +139,7 @@ void Cli::SetUp()
     m_strFolder = strFolder;
     ASSERT_EQ(chdir(strFolder.c_str()), 0);
     ASSERT_EQ(mkdir("bin", 0700), 0);
-    const std::string strEmulator = VORNJSONDB_EMULATOR;  // a list of CMake
-    std::string strStart = "#!/bin/sh\nexec ";
-    for (const char c : strEmulator)
-        strStart += c == ';' ? ' ' : c;
-    writeFile("bin/vornjsondb", strStart + " " VORNJSONDB_PROGRAM " \"$@\"\n");
+    writeFile("bin/vornjsondb", "#!/bin/sh\nexec " VORNJSONDB_EMULATOR " " VORNJSONDB_PROGRAM " \"$@\"\n");
     ASSERT_EQ(chmod("bin/vornjsondb", 0700), 0);
     writeFile("def.json", kDefinition);
     setenv("PATH", (strFolder + "/bin:" + std::getenv("PATH")).c_str(), 1);
