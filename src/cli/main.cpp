@@ -94,7 +94,7 @@ int main(int argc, char** argv)
 {
     occupyStandardDescriptors();
     cli::catchSignals();
-    sqlite3_config(SQLITE_CONFIG_SINGLETHREAD);  // there is one thread, which need not lock anything
+    sqlite3_config(SQLITE_CONFIG_SINGLETHREAD);       // there is one thread, which need not lock anything
     static_cast<void>(std::setlocale(LC_CTYPE, ""));  // widths of characters; numbers stay as JSON writes them
     cli::Options options;
     try
