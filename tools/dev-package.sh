@@ -53,10 +53,11 @@ DEB_BUILD_OPTIONS="parallel=$jobs nocheck" CMAKE_TOOLCHAIN_FILE=$PWD/cmake/armhf
 contract=libvornjsondb7_${revision}_
 table=libvorntable0_${revision}_
 development=libvornjsondb-dev_${revision}_
+tools=vornjsondb-tools_${revision}_
 
 say "== the packages for armhf, unpacked"
 unpacked=$out/unpacked
-for package in "$contract" "$table" "$development"; do
+for package in "$contract" "$table" "$development" "$tools"; do
     dpkg -x "$out/armhf/${package}armhf.deb" "$unpacked"
 done
 libraries=usr/lib/arm-linux-gnueabihf
@@ -78,6 +79,8 @@ hosts=tests/package/consumer
 armhf_host vornjsondb libvornjsondb.so.7 $hosts/contract.cpp tests/package/hosts/flags.cpp
 armhf_host vorntable libvorntable.so.0 $hosts/table.cpp
 say "Hosts run with them."
+LD_LIBRARY_PATH=$unpacked/$libraries:$armhf_sysroot/$libraries \
+    qemu-arm-static -L /usr/arm-linux-gnueabihf "$unpacked/usr/bin/vornjsondb" --version
 
 say "== recipes"
 packaging/check.sh "$(echo "$out/amd64/$name"/obj-*)"
@@ -101,7 +104,7 @@ bare_make
 inside apt-get -qq update
 mkdir "$root/packages"
 cp "$out/amd64/$contract"amd64.deb "$out/amd64/$table"amd64.deb "$out/amd64/$development"amd64.deb \
-    "$hosts/contract.cpp" "$hosts/table.cpp" "$root/packages"
+    "$out/amd64/$tools"amd64.deb "$hosts/contract.cpp" "$hosts/table.cpp" "$root/packages"
 
 # apt COMMAND PACKAGE...
 apt()
@@ -118,7 +121,10 @@ inside sh -euc 'cd /packages
         "./${host%:*}"
     done'
 say "A host of each library is built and runs."
-apt purge libvornjsondb-dev
+apt install "/packages/${tools}amd64.deb"
+inside vornjsondb --version
+say "The program runs."
+apt purge libvornjsondb-dev vornjsondb-tools
 inside /packages/contract
 inside /packages/table
 say "They run with the libraries alone."
