@@ -115,10 +115,13 @@ for ((i = 1; i <= kills; ++i)); do
     writers=("${writers[@]:1}")
     kill -9 "$victim"
     wait "$victim" 2>/dev/null || true
-    # The last time nobody helps: the lease runs out by itself.
-    [ "$i" -eq "$kills" ] || break_lock kill
-    goes_on kill
-    start_writer kill $((first += 1000000))
+    if [ "$i" -lt "$kills" ]; then
+        break_lock kill
+        goes_on kill
+        start_writer kill $((first += 1000000))
+    else # the last time nobody helps: the lease runs out by itself
+        goes_on kill
+    fi
 done
 
 # stop_writers: lets them finish the record that they are at.
