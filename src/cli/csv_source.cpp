@@ -22,11 +22,6 @@ Csv::Csv(Input& input, const Json::Value& jMembers, bool blPlainTexts) : m_input
     readNames(jMembers);
 }
 
-Csv::~Csv()
-{
-    csv_free(&m_parser);
-}
-
 void Csv::readNames(const Json::Value& jMembers)
 {
     if (!read())

@@ -8,6 +8,7 @@
 
 #include <csv.h>
 
+#include <memory>
 #include <string>
 #include <string_view>
 #include <vector>
@@ -21,9 +22,6 @@ class Csv : public RecordSource
 {
 public:
     Csv(Input& input, const Json::Value& jMembers, bool blPlainTexts);
-    ~Csv() override;
-    Csv(const Csv&) = delete;
-    Csv& operator=(const Csv&) = delete;
 
     // What jRec holds must be of this source, or null: an object that has the columns already is filled anew, which
     // costs half of making one.
@@ -54,6 +52,7 @@ private:
 
     Input& m_input;
     csv_parser m_parser{};
+    std::unique_ptr<csv_parser, decltype(&csv_free)> m_freed{&m_parser, &csv_free};
     bool m_blPlainTexts;
     bool m_blAtEnd = false;
     std::vector<Column> m_columns;  // in the order of their names, as JSON objects have it
