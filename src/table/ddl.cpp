@@ -116,7 +116,7 @@ bool NameSet::read(sqlite3* pDb, const std::string& strSchema, Waiter& waiter, S
                    [this](sqlite3_stmt* pRow) { m_names.push_back(columnString(pRow, 0)); });
 }
 
-std::string NameSet::free(const std::string& strName)
+std::string NameSet::unused(const std::string& strName)
 {
     std::string strFree = strName;
     const auto isTaken = [this, &strFree]
@@ -133,8 +133,8 @@ std::string NameSet::free(const std::string& strName)
 std::string indexText(const Definition& definition, const Member& member, bool blUnique, NameSet& names)
 {
     const std::string strName = definition.name() + ':' + std::string(member.name) + (blUnique ? ":unique" : ":index");
-    return (blUnique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") + names.schema() + '.' + quoted(names.free(strName)) +
-           " ON " + definition.quotedName() + " (" + member.strQuoted + ')';
+    return (blUnique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") + names.schema() + '.' +
+           quoted(names.unused(strName)) + " ON " + definition.quotedName() + " (" + member.strQuoted + ')';
 }
 
 }  // namespace vorn

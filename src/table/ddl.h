@@ -33,7 +33,7 @@ public:
     bool read(sqlite3* pDb, const std::string& strSchema, Waiter& waiter, Status& status);
 
     // The name itself, or one like it that is not taken, which is then.
-    std::string free(const std::string& strName);
+    std::string unused(const std::string& strName);
 
     const std::string& schema() const { return m_strSchema; }  // as SQL writes it
 
