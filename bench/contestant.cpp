@@ -11,6 +11,7 @@ const std::vector<ContestantKind>& contestantKinds()
 {
     static const std::vector<ContestantKind> kinds{
         {"library", "vornjsondb", [](const std::string& strPath) { return openLibrary(strPath, deviceShape()); }},
+        {"table", "vorn::Table", [](const std::string& strPath) { return openTable(strPath, deviceShape()); }},
         {"percall", "hand-written, prepared per call", openHandWrittenPerCall},
         {"kept", "hand-written, statement kept", openHandWrittenKept},
         {"exec", "hand-written, sqlite3_exec", openHandWrittenExec},

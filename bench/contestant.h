@@ -85,6 +85,7 @@ const ContestantKind& contestantKind(const std::string& strId);
 
 // The contestants, each in a file of its own.
 std::unique_ptr<Contestant> openLibrary(const std::string& strPath, const Shape& shape);
+std::unique_ptr<Contestant> openTable(const std::string& strPath, const Shape& shape);
 std::unique_ptr<Contestant> openHandWrittenPerCall(const std::string& strPath);
 std::unique_ptr<Contestant> openHandWrittenKept(const std::string& strPath);
 std::unique_ptr<Contestant> openHandWrittenExec(const std::string& strPath);

@@ -1,8 +1,9 @@
 // SPDX-License-Identifier: MIT
 //
-// The library, through its public header.
+// Both libraries, through their public headers: a program changes from one to the other by changing one word.
 
 #include <VornJsonDbApi.h>
+#include <vorn/table.h>
 
 #include <stdexcept>
 
@@ -26,6 +27,7 @@ Json::Value tableDefinition(const Shape& shape)
     return jTableDef;
 }
 
+template <class Api>
 class Library : public Contestant
 {
 public:
@@ -84,7 +86,7 @@ public:
     std::size_t remove(std::size_t i) override { return check(m_api.recDeleteByName(input().keys[i], kKey)); }
 
 private:
-    static std::size_t check(int result)
+    static std::size_t check(long long result)
     {
         if (result < 0)
             throw std::runtime_error("the library reports a failure");
@@ -95,14 +97,19 @@ private:
     std::string m_strName;
     Json::Value m_jTableDef;
     std::string m_strCreate;
-    VornJsonDbApi m_api;
+    Api m_api;
 };
 
 }  // namespace
 
 std::unique_ptr<Contestant> openLibrary(const std::string& strPath, const Shape& shape)
 {
-    return std::make_unique<Library>(strPath, shape);
+    return std::make_unique<Library<VornJsonDbApi>>(strPath, shape);
+}
+
+std::unique_ptr<Contestant> openTable(const std::string& strPath, const Shape& shape)
+{
+    return std::make_unique<Library<vorn::Table>>(strPath, shape);
 }
 
 }  // namespace bench

@@ -7,5 +7,5 @@ set datafile separator "\t"
 set border 3 lc rgb "#444444"
 set key outside right top Left reverse samplen 1
 set yrange [0:*]
-array colours[8] = ["#d1495b", "#1f4e79", "#4f86b8", "#9dbfdd", "#5b8c5a", "#9cbf8b", "#c9a227", "#bbbbbb"]
-do for [i = 1:8] { set linetype i lc rgb colours[i] lw i == 1 ? 2.5 : 1.5 pt 7 }
+array colours[9] = ["#d1495b", "#e8963e", "#1f4e79", "#4f86b8", "#9dbfdd", "#5b8c5a", "#9cbf8b", "#c9a227", "#bbbbbb"]
+do for [i = 1:9] { set linetype i lc rgb colours[i] lw i <= 2 ? 2.5 : 1.5 pt 7 }

@@ -24,8 +24,8 @@ TMPDIR=$(mktemp -d)
 export TMPDIR
 trap 'rm -rf "$TMPDIR"' EXIT
 
-contestants=(library percall kept exec sqlitecpp soci poco raw)
-[ ${#quick[@]} -eq 0 ] || contestants=(library percall kept sqlitecpp)
+contestants=(library table percall kept exec sqlitecpp soci poco raw)
+[ ${#quick[@]} -eq 0 ] || contestants=(library table percall kept sqlitecpp)
 say "Counting instructions"
 works=(list page create fetch update delete)
 settings=('')
@@ -83,7 +83,7 @@ gnuplot -e "folder='$data'; columns=$columns; picture='docs/benchmark-growth.svg
 in_short()
 {
     printf '%s:\n\n' "$(when_and_where)"
-    printf '| | vornjsondb | hand-written, kept | SQLiteCpp | SOCI | POCO |\n|---|---|---|---|---|---|\n'
+    printf '| | vornjsondb | vorn::Table | hand-written, kept | SQLiteCpp | SOCI | POCO |\n|---|---|---|---|---|---|---|\n'
     awk -F '[\t ]' -v contestants="${contestants[*]}" '
         BEGIN { count = split(contestants, column) }
         FNR == NR { instructions[$1, $2] = $3; next }
