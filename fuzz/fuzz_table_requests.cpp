@@ -13,6 +13,7 @@
 #include "check.h"
 #include "input.h"
 #include "safe_database.h"
+#include "table_outcome.h"
 
 namespace
 {
@@ -30,6 +31,7 @@ public:
     explicit Case(const Json::Value& jRows) : m_table(m_database.handle(), "T", definition())
     {
         FUZZ_CHECK(m_table.status().code == vorn::Code::Ok, m_table.status().text);
+        FUZZ_CHECK(m_table.recCount(Json::Value()) == 0, m_table.status().text);  // nothing of the kind is refused
         m_table.setLockTimeout(0);
         for (Json::ArrayIndex i = 0; jRows.isArray() && i < jRows.size(); ++i)
             static_cast<void>(m_table.recCreate(jRows[i]));
@@ -42,19 +44,14 @@ public:
         m_jOut = jOutBefore;
         m_blInOut = false;
         const long long nResult = call(jStep);
-        const vorn::Status& status = m_table.status();
-        FUZZ_CHECK(nResult >= -1, "result " + std::to_string(nResult));
-        FUZZ_CHECK((nResult == -1) == (status.code != vorn::Code::Ok), vorn::codeName(status.code));
-        for (sqlite3_stmt* pStatement = nullptr;
-             (pStatement = sqlite3_next_stmt(m_database.handle(), pStatement)) != nullptr;)
-            FUZZ_CHECK(sqlite3_stmt_busy(pStatement) == 0, sqlite3_sql(pStatement));
+        const bool blSucceeded = fuzz::succeeded(m_table, nResult, m_database.handle());
         if (!m_blHostsStatement)
             FUZZ_CHECK(sqlite3_get_autocommit(m_database.handle()) != 0, "a transaction is open");
         else if (sqlite3_get_autocommit(m_database.handle()) == 0)
             static_cast<void>(m_database.run("ROLLBACK"));
-        if (nResult != -1)
+        if (blSucceeded)
             return;
-        FUZZ_CHECK(!status.text.empty(), vorn::codeName(status.code));
+        const vorn::Status& status = m_table.status();
         FUZZ_CHECK(m_database.dump("T") == strBefore, "rows changed by a failure: " + status.text);
         FUZZ_CHECK(m_jOut == (m_blInOut ? fuzz::part(jStep, 1) : jOutBefore),
                    "out-parameter changed by a failure: " + status.text);

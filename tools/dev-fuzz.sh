@@ -3,7 +3,7 @@
 # lets each fuzzer look for faults: [seconds, 60] [target...], or shows what their inputs reach: coverage [target...]
 . "$(dirname "$0")/common.sh"
 
-every_target=(json_text format rows conditions save table_requests)
+every_target=(json_text format rows conditions save table_requests table_cells table_definitions)
 inputs=build/fuzz-inputs # what earlier runs found worth keeping
 finds=build/fuzz-finds   # what made a fuzzer fail
 
@@ -22,7 +22,7 @@ fuzz()
     case $target in
     # Every input makes a table of its own, whose types the library keeps: the process must not grow for ever, and the
     # check for leaks after each input would search through all of it. It is made at the end.
-    rows | save) options+=(-runs=50000 -detect_leaks=0) ;;
+    rows | save | table_definitions) options+=(-runs=50000 -detect_leaks=0) ;;
     # Nested texts make the sanitizer remember ever more stacks: 2 GB after 150,000 inputs.
     json_text) options+=(-runs=50000) ;;
     esac

@@ -62,7 +62,7 @@ std::string SafeDatabase::dump(const std::string& strTable)
 }
 
 // What reaches beyond the connection, and what tells the time; what tells of the tables does neither.
-int SafeDatabase::refuse(void*, int iAction, const char* szPragma, const char* szFunction, const char*, const char*)
+int SafeDatabase::refuse(void*, int iAction, const char* szPragma, const char* szSecond, const char*, const char*)
 {
     switch (iAction)
     {
@@ -71,7 +71,8 @@ int SafeDatabase::refuse(void*, int iAction, const char* szPragma, const char* s
                  {"table_info", "table_xinfo", "table_list", "index_list", "index_info", "index_xinfo"})
                 if (sqlite3_stricmp(szPragma, szName) == 0)
                     return SQLITE_OK;
-            return SQLITE_DENY;
+            // May be read, but not set.
+            return sqlite3_stricmp(szPragma, "schema_version") == 0 && szSecond == nullptr ? SQLITE_OK : SQLITE_DENY;
         case SQLITE_ATTACH:
         case SQLITE_DETACH:
         case SQLITE_CREATE_VTABLE:
@@ -79,7 +80,7 @@ int SafeDatabase::refuse(void*, int iAction, const char* szPragma, const char* s
         case SQLITE_FUNCTION:
             for (const char* szName : {"date", "time", "datetime", "julianday", "unixepoch", "strftime", "current_date",
                                        "current_time", "current_timestamp", "load_extension"})
-                if (sqlite3_stricmp(szFunction, szName) == 0)
+                if (sqlite3_stricmp(szSecond, szName) == 0)
                     return SQLITE_DENY;
             return SQLITE_OK;
         default:

@@ -25,7 +25,7 @@ public:
     std::string dump(const std::string& strTable);
 
 private:
-    static int refuse(void*, int iAction, const char*, const char* szFunction, const char*, const char*);
+    static int refuse(void*, int iAction, const char* szPragma, const char* szSecond, const char*, const char*);
     static int count(void* pThis);
 
     int m_nSteps = 0;
