@@ -19,7 +19,8 @@ namespace support
 namespace
 {
 
-constexpr const char* takeSql = "BEGIN IMMEDIATE";
+// Whoever tries meanwhile reads for a moment, which the end must wait for.
+constexpr const char* takeSql = "PRAGMA busy_timeout = 10000; BEGIN IMMEDIATE";
 constexpr const char* releaseSql = "COMMIT";
 
 class ThreadLock final : public WriteLock
