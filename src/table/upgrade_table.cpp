@@ -2,6 +2,8 @@
 //
 // Adding to the table what the definition has and the table lacks.
 
+#include <sqlite3.h>
+
 #include <algorithm>
 
 #include "cell_value.h"
@@ -58,23 +60,8 @@ bool upgradeTexts(Store& store, const Facts& facts, Waiter& waiter, std::vector<
     return true;
 }
 
-}  // namespace
-
-bool upgradeTable(Store& store, Status& status)
+bool runTexts(Store& store, const std::vector<std::string>& texts, Waiter& waiter, Status& status)
 {
-    Waiter waiter(store.iLockTimeout);
-    refreshSchema(store.pDb, store.definition);
-    Facts facts;
-    if (!readFacts(store.pDb, store.definition, waiter, facts, status))
-        return false;
-    if (!facts.blExists)
-        return makeTable(store, waiter, status);
-
-    std::vector<std::string> texts;
-    if (!upgradeTexts(store, facts, waiter, texts, status))
-        return false;
-    if (texts.empty())
-        return true;
     Savepoint savepoint(store, waiter);
     if (!savepoint.begin(status))
         return false;
@@ -82,6 +69,34 @@ bool upgradeTable(Store& store, Status& status)
         if (!runScript(store.pDb, strText, waiter, status, &store.definition))
             return false;
     return savepoint.keep(status);
+}
+
+}  // namespace
+
+bool upgradeTable(Store& store, Status& status)
+{
+    Waiter waiter(store.iLockTimeout);
+    std::vector<std::string> tried;
+    for (;;)
+    {
+        refreshSchema(store.pDb, store.definition);
+        Facts facts;
+        std::vector<std::string> texts;
+        if (!readFacts(store.pDb, store.definition, waiter, facts, status) ||
+            (facts.blExists && !upgradeTexts(store, facts, waiter, texts, status)))
+            return false;
+        if (!facts.blExists)
+            texts.push_back(createTableText(store.definition));
+        if (texts.empty() ||
+            (facts.blExists ? runTexts(store, texts, waiter, status) : makeTable(store, waiter, status)))
+            return true;
+
+        // Another connection may have done a part while this one waited for the lock: then something else is lacking.
+        if (status.sqlite != SQLITE_ERROR || texts == tried)
+            return false;
+        tried.swap(texts);
+        status = Status();
+    }
 }
 
 }  // namespace vorn
