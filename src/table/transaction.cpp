@@ -7,7 +7,9 @@
 #include <string>
 
 #include "failure.h"
+#include "prepare.h"
 #include "script.h"
+#include "sqlite_status.h"
 #include "waiter.h"
 
 namespace vorn
@@ -35,9 +37,14 @@ struct Transaction::Inside
     bool blOpen = false;
     std::string strCommit = "COMMIT";
     std::string strRollback = "ROLLBACK";
+    StatementPointer pRollback;  // ready where memory has run out
+    StatementPointer pRelease;   // the same for the end of a savepoint
 
     bool begin();
+    bool undo() noexcept;
     bool end(const std::string& strSql);
+    bool rollback();
+    void close() noexcept;
     bool isOpen() const { return blOpen && sqlite3_get_autocommit(pDb) == 0; }
 };
 
@@ -47,17 +54,46 @@ bool Transaction::Inside::begin()
         return fail(status, Code::Misuse, "", "There is no connection.");
     if (isWriting(pDb))
         return fail(status, Code::Misuse, "", "A transaction cannot begin while SQLite runs a statement that writes.");
+    Waiter waiter(iLockTimeout);
     std::string strBegin = "BEGIN IMMEDIATE";
-    if (sqlite3_get_autocommit(pDb) == 0)
+    bool blPrepared = false;
+    if (sqlite3_get_autocommit(pDb) != 0)
+    {
+        blPrepared = prepare(pDb, strRollback, waiter, pRollback, status);
+    }
+    else
     {
         // The name is this object's own: one that is left open must not end another one's work.
         const std::string strName = "vorn_" + std::to_string(reinterpret_cast<std::uintptr_t>(this));
         strBegin = "SAVEPOINT " + strName;
         strCommit = "RELEASE " + strName;
-        strRollback = "ROLLBACK TO " + strName + "; RELEASE " + strName;
+        strRollback = "ROLLBACK TO " + strName;
+        blPrepared =
+            prepare(pDb, strRollback, waiter, pRollback, status) && prepare(pDb, strCommit, waiter, pRelease, status);
+        strRollback += "; " + strCommit;
     }
-    Waiter waiter(iLockTimeout);
-    return runScript(pDb, strBegin, waiter, status);
+    return blPrepared && runScript(pDb, strBegin, waiter, status);
+}
+
+// False where what is prepared is outdated because the schema has changed, or SQLite refuses.
+bool Transaction::Inside::undo() noexcept
+{
+    for (sqlite3_stmt* pStatement : {pRollback.get(), pRelease.get()})
+    {
+        const bool blDone = pStatement == nullptr || sqlite3_step(pStatement) == SQLITE_DONE;
+        sqlite3_reset(pStatement);
+        if (!blDone)
+            return false;
+    }
+    close();
+    return true;
+}
+
+void Transaction::Inside::close() noexcept
+{
+    blOpen = false;
+    pRollback.reset();
+    pRelease.reset();
 }
 
 bool Transaction::Inside::end(const std::string& strSql)
@@ -68,8 +104,23 @@ bool Transaction::Inside::end(const std::string& strSql)
     Waiter waiter(iLockTimeout);
     if (!runScript(pDb, strSql, waiter, status))
         return false;
-    blOpen = false;
+    close();
     return true;
+}
+
+bool Transaction::Inside::rollback()
+{
+    const bool blWasOpen = isOpen();
+    if (blWasOpen && undo())
+    {
+        status = Status();
+        return true;
+    }
+    if (!blWasOpen || isOpen())
+        return end(strRollback);
+    failSqlite(status, pDb, sqlite3_extended_errcode(pDb));
+    status.text += " SQLite has rolled back the whole transaction.";
+    return false;
 }
 
 Transaction::Transaction(sqlite3* pDb, int lockTimeoutMs) : m_pInside(new Inside)
@@ -81,7 +132,7 @@ Transaction::Transaction(sqlite3* pDb, int lockTimeoutMs) : m_pInside(new Inside
 
 Transaction::~Transaction()
 {
-    if (isOpen())
+    if (isOpen() && !m_pInside->undo())
         sqlite3_exec(m_pInside->pDb, m_pInside->strRollback.c_str(), nullptr, nullptr, nullptr);
 }
 
@@ -102,7 +153,7 @@ int Transaction::commit()
 
 int Transaction::rollback()
 {
-    return m_pInside->end(m_pInside->strRollback) ? 0 : -1;
+    return m_pInside->rollback() ? 0 : -1;
 }
 
 }  // namespace vorn

@@ -147,8 +147,15 @@ long long callThrowing(const Operation& operation, Allocator allocator, Stage& s
     }
 }
 
+enum class Mode
+{
+    Prepared,  // with the statements that it has kept
+    Anew,
+    Within  // a transaction of the caller's, which SQLite may roll back
+};
+
 // Every allocation of the operation fails in turn. The count of those that did.
-long failEveryAllocation(const Operation& operation, Allocator allocator, Failure failure, bool blKept)
+long failEveryAllocation(const Operation& operation, Allocator allocator, Failure failure, Mode mode)
 {
     constexpr long kMost = 20000;
     Stage stage;
@@ -156,12 +163,15 @@ long failEveryAllocation(const Operation& operation, Allocator allocator, Failur
     const Texts after = stage.rowsAfter(operation);
     for (long nth = 1; nth < kMost; ++nth)
     {
-        if (!blKept)
+        if (mode == Mode::Anew)
             stage.table().releaseStatements();
+        if (mode == Mode::Within)
+            stage.db().run("BEGIN");
         Json::Value jOut;
         Shortage shortage(allocator, failure, nth);
         const long long nResult = callThrowing(operation, allocator, stage, jOut);
         shortage.end();
+        const bool blEnded = mode == Mode::Within && stage.db().run("COMMIT") != SQLITE_OK;
         if (!shortage.struck())
             return nth - 1;
         const Texts rows = stage.rows();
@@ -169,7 +179,7 @@ long failEveryAllocation(const Operation& operation, Allocator allocator, Failur
         const vorn::Status& status = stage.table().status();
         const bool blTold = nResult >= 0 || nResult == kThrew ||
                             (status.code == Code::Sqlite && (status.sqlite & 0xff) == SQLITE_NOMEM && jOut.isNull());
-        if (!blRight || !blTold || busyStatements(stage.db().handle()) != 0 ||
+        if (!blRight || !blTold || busyStatements(stage.db().handle()) != 0 || (blEnded && nResult >= 0) ||
             sqlite3_get_autocommit(stage.db().handle()) == 0)
         {
             ADD_FAILURE() << operation.szName << ", allocation " << nth << " of " << allocator << " " << failure
@@ -194,11 +204,11 @@ TEST(TableMemory, ThatRunsOutEndsAnOperationWholeOrNotAtAllAndLeavesNothingBehin
             if (!faults::isReplaced(allocator))
                 continue;
             failEveryAllocation({"warm up", [](vorn::Table& t, Json::Value&) { return t.recCount(Json::Value()); }},
-                                allocator, Failure::Once, true);
+                                allocator, Failure::Once, Mode::Prepared);
             const long nBefore = faults::outstanding(Allocator::Sqlite);
             for (const Failure failure : {Failure::Once, Failure::FromThereOn})
-                for (const bool blKept : {false, true})
-                    nFailed += failEveryAllocation(operation, allocator, failure, blKept);
+                for (const Mode mode : {Mode::Prepared, Mode::Anew, Mode::Within})
+                    nFailed += failEveryAllocation(operation, allocator, failure, mode);
             EXPECT_EQ(nBefore, faults::outstanding(Allocator::Sqlite)) << operation.szName << " leaks";
         }
     EXPECT_LT(1000, nFailed);
@@ -239,6 +249,42 @@ TEST(TableMemory, ThatRunsOutInAConstructorOrATransactionLeavesTheConnectionUsab
             EXPECT_TRUE(done(table, table.recCreate(json("{}")))) << allocator << " " << nth;
         }
     }
+}
+
+// SQLite itself may need memory to go back to a savepoint; then it rolls back the whole transaction.
+TEST(TableMemory, ThatIsGoneForGoodLetsATransactionRollBack)
+{
+    for (const Allocator allocator : {Allocator::Sqlite, Allocator::OperatorNew, Allocator::Malloc})
+        for (const bool blNested : {false, true})
+            for (const bool blByItsEnd : {false, true})
+            {
+                if (!faults::isReplaced(allocator))
+                    continue;
+                SCOPED_TRACE(testing::Message()
+                             << allocator << (blNested ? ", nested" : "") << (blByItsEnd ? ", ~" : ""));
+                Stage stage;
+                const Texts stored = stage.rows();
+                if (blNested)
+                    stage.db().run("BEGIN; UPDATE T SET n = 9 WHERE id = 1");
+                const Texts before = stage.rows();
+                int iResult = 0;
+                try
+                {
+                    vorn::Transaction transaction(stage.db().handle());
+                    EXPECT_TRUE(done(stage.table(), stage.table().recDelete(json("{}"), true), 3));
+                    const Shortage shortage(allocator, Failure::FromThereOn, 1);
+                    if (!blByItsEnd)
+                        iResult = transaction.rollback();
+                }
+                catch (const std::bad_alloc&)
+                {
+                    iResult = kThrew;
+                }
+                const bool blAllGone = blNested && sqlite3_get_autocommit(stage.db().handle()) != 0;
+                EXPECT_EQ(blAllGone && !blByItsEnd, iResult != 0);
+                EXPECT_EQ(blNested && !blAllGone ? SQLITE_OK : SQLITE_ERROR, stage.db().run("COMMIT"));
+                EXPECT_EQ(blAllGone ? stored : before, stage.rows());
+            }
 }
 
 namespace
