@@ -99,13 +99,20 @@ void Transaction::Inside::close() noexcept
 bool Transaction::Inside::end(const std::string& strSql)
 {
     status = Status();
-    if (!isOpen())
-        return fail(status, Code::Misuse, "", "The transaction is not open.");
-    Waiter waiter(iLockTimeout);
-    if (!runScript(pDb, strSql, waiter, status))
-        return false;
-    close();
-    return true;
+    if (isOpen())
+    {
+        Waiter waiter(iLockTimeout);
+        if (runScript(pDb, strSql, waiter, status))
+        {
+            close();
+            return true;
+        }
+        // A savepoint is gone when a transaction around it has ended.
+        if (pRelease == nullptr || status.sqlite != SQLITE_ERROR)
+            return false;
+        close();
+    }
+    return fail(status, Code::Misuse, "", "The transaction is not open.");
 }
 
 bool Transaction::Inside::rollback()
