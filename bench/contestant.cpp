@@ -10,17 +10,18 @@ namespace bench
 const std::vector<ContestantKind>& contestantKinds()
 {
     static const std::vector<ContestantKind> kinds{
-        {"library", "vornjsondb", [](const std::string& strPath) { return openLibrary(strPath, deviceShape()); }},
+        {"library", "vornjsondb", [](const std::string& strPath) { return openLibrary(strPath, deviceShape()); },
+         false},
         {"table", "vorn::Table", [](const std::string& strPath) { return openTable(strPath, deviceShape()); }},
         {"percall", "hand-written, prepared per call", openHandWrittenPerCall},
         {"kept", "hand-written, statement kept", openHandWrittenKept},
-        {"exec", "hand-written, sqlite3_exec", openHandWrittenExec},
+        {"exec", "hand-written, sqlite3_exec", openHandWrittenExec, false},
 #ifdef VORN_BENCH_PEERS
         {"sqlitecpp", "SQLiteCpp + JsonCpp", openSqliteCpp},
         {"soci", "SOCI + JsonCpp", openSoci},
         {"poco", "POCO Data + Poco::JSON", openPoco},
 #endif
-        {"raw", "sqlite3_exec alone", openRaw, false},
+        {"raw", "sqlite3_exec alone", openRaw, false, false},
     };
     return kinds;
 }

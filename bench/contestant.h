@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What every contestant does: six pieces of work on one table, records in, records out.
+// What contestants do: pieces of work on one table, records in, records out. Six of them are for everyone.
 
 #ifndef VORN_BENCH_CONTESTANT_H
 #define VORN_BENCH_CONTESTANT_H
@@ -24,6 +24,9 @@ namespace bench
 class Contestant
 {
 public:
+    // Gets each record that forEach() reads.
+    using Visit = std::function<bool(Json::Value&)>;
+
     virtual ~Contestant() = default;
 
     // The connection that the contestant works on, for what is not measured.
@@ -36,11 +39,16 @@ public:
     virtual std::size_t list() = 0;
     virtual std::size_t create(std::size_t i) = 0;  // and get the stored row back
     virtual std::size_t page(std::size_t /* offset */) { return cannot(); }
+    virtual std::size_t sorted(std::size_t /* offset */) { return cannot(); }  // a page, by time, the latest first
     virtual std::size_t fetch(std::size_t /* i */) { return cannot(); }
     virtual std::size_t update(std::size_t /* i */) { return cannot(); }
     virtual std::size_t remove(std::size_t /* i */) { return cannot(); }
+    virtual std::size_t filter(std::size_t /* window */) { return cannot(); }  // four conditions that give a page
+    virtual std::size_t count(std::size_t /* window */) { return cannot(); }   // of the enabled rows
+    virtual std::size_t createAll(std::size_t /* i */) { return cannot(); }    // an array, in a transaction of its own
+    virtual std::size_t forEach(const Visit&) { return cannot(); }
 
-    // What was read last: an array of records after list() and page(), one record after create() and fetch(). Making
+    // What was read last: an array of records after those that give many, one record after create() and fetch(). Making
     // it is not measured.
     virtual Json::Value result() const { return m_jResult; }
     virtual void clear() { m_jResult = Json::Value(); }
@@ -62,6 +70,20 @@ protected:
         return m_jResult.size();
     }
 
+    // Gives visit the records one by one, as long as it is content. A list of them is never made.
+    template <class Step, class ReadRow>
+    static std::size_t visitAll(const Visit& visit, const Step& step, const ReadRow& readRow)
+    {
+        std::size_t count = 0;
+        for (bool blGoOn = true; blGoOn && step(); ++count)
+        {
+            Json::Value jRec(Json::objectValue);
+            readRow(jRec);
+            blGoOn = visit(jRec);
+        }
+        return count;
+    }
+
     Json::Value m_jResult;
 
 private:
@@ -76,6 +98,7 @@ struct ContestantKind
     std::string strId;  // for the command line
     std::string strName;
     std::function<std::unique_ptr<Contestant>(const std::string& strPath)> open;
+    bool blAllWorks = true;      // false: only the six
     bool blMakesRecords = true;  // false: the floor, which only runs the statements
 };
 

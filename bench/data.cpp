@@ -54,6 +54,14 @@ Json::Value recordOf(std::size_t i)
     return jRec;
 }
 
+Json::Value recordsOf(std::size_t first, std::size_t count)
+{
+    Json::Value jRecords(Json::arrayValue);
+    for (std::size_t i = first; i < first + count; ++i)
+        jRecords.append(recordOf(i));
+    return jRecords;
+}
+
 Json::Value changesOf(std::size_t i)
 {
     Json::Value jRec;
@@ -71,6 +79,15 @@ Input makeInput(const std::vector<std::size_t>& indices)
         input.keys.push_back(keyOf(i));
         input.records.push_back(recordOf(i));
         input.changes.push_back(changesOf(i));
+    }
+    for (std::size_t page = 0; page < kPages; ++page)
+    {
+        const std::size_t first = pageOffset(page);
+        const std::size_t end = first + 2 * kPage;
+        std::size_t enabled = 0;
+        for (std::size_t i = first; i < end; ++i)
+            enabled += recordOf(i)["enabled"].asBool() ? 1 : 0;
+        input.windows.push_back({keyOf(first), keyOf(end), recordOf(first + kPage)["created"].asInt64(), enabled});
     }
     return input;
 }

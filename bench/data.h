@@ -42,6 +42,10 @@ constexpr const char* kCreateTable =
     "serial TEXT NOT NULL PRIMARY KEY)";
 constexpr const char* kSelect = VORN_BENCH_SELECT;
 constexpr const char* kSelectPage = VORN_BENCH_SELECT " LIMIT ? OFFSET ?";
+constexpr const char* kSelectSorted = VORN_BENCH_SELECT " ORDER BY created DESC LIMIT ? OFFSET ?";
+constexpr const char* kSelectWindow =
+    VORN_BENCH_SELECT " WHERE serial >= ? AND serial < ? AND created < ? AND comment LIKE ?";
+constexpr const char* kCountWindow = "SELECT count(*) FROM device WHERE enabled AND serial >= ? AND serial < ?";
 constexpr const char* kSelectStored = VORN_BENCH_SELECT " WHERE rowid = ?";
 constexpr const char* kSelectKey = VORN_BENCH_SELECT " WHERE serial = ?";
 constexpr const char* kInsert = VORN_BENCH_INSERT "(?,?,?,?,?,?,?,?)";
@@ -66,9 +70,21 @@ inline std::size_t spread(std::size_t i, std::size_t rows)
 
 std::string keyOf(std::size_t i);
 Json::Value recordOf(std::size_t i);
+Json::Value recordsOf(std::size_t first, std::size_t count);
 
 // New values for three members of record i.
 Json::Value changesOf(std::size_t i);
+
+// What filters ask for: rows by a range of keys, the first page of them by their time, and a text that all comments
+// have.
+struct Window
+{
+    std::string strFrom;
+    std::string strTo;
+    Json::Int64 iBefore;
+    std::size_t enabled;  // how many rows in the range of keys are enabled
+};
+constexpr const char* kCommentPattern = "%second rack%";
 
 // What an operation gets, by its index: made before the clock starts.
 struct Input
@@ -76,6 +92,8 @@ struct Input
     std::vector<std::string> keys;
     std::vector<Json::Value> records;
     std::vector<Json::Value> changes;
+    std::vector<Json::Value> arrays;  // of records that are stored at once
+    std::vector<Window> windows;      // the first one begins with the first row, each other one a page later
 };
 Input makeInput(const std::vector<std::size_t>& indices);
 

@@ -97,33 +97,52 @@ public:
         return readRows(use);
     }
 
-    std::size_t page(std::size_t offset) override
+    std::size_t page(std::size_t offset) override { return pageOf(m_page, offset); }
+
+    std::size_t sorted(std::size_t offset) override { return pageOf(m_sorted, offset); }
+
+    std::size_t filter(std::size_t window) override
     {
         clear();
-        Use<Statement> use(m_page);
-        use.bind(1, static_cast<int>(kPage));
-        use.bind(2, static_cast<sqlite3_int64>(offset));
+        const Window& wanted = input().windows[window];
+        const std::string strPattern = kCommentPattern;
+        Use<Statement> use(m_filter);
+        use.bind(1, wanted.strFrom);
+        use.bind(2, wanted.strTo);
+        use.bind(3, static_cast<sqlite3_int64>(wanted.iBefore));
+        use.bind(4, strPattern);
         return readRows(use);
+    }
+
+    std::size_t count(std::size_t window) override
+    {
+        const Window& wanted = input().windows[window];
+        Use<Statement> use(m_count);
+        use.bind(1, wanted.strFrom);
+        use.bind(2, wanted.strTo);
+        return step(use) ? static_cast<std::size_t>(sqlite3_column_int64(use, 0)) : 0;
+    }
+
+    std::size_t createAll(std::size_t i) override
+    {
+        runSql(m_db, "BEGIN");
+        for (const Json::Value& jRec : input().arrays[i])
+            insert(jRec);
+        runSql(m_db, "COMMIT");
+        return input().arrays[i].size();
+    }
+
+    std::size_t forEach(const Visit& visit) override
+    {
+        Use<Statement> use(m_list);
+        return visitAll(
+            visit, [&] { return step(use); }, [&](Json::Value& jRec) { readRow(use, jRec); });
     }
 
     std::size_t create(std::size_t i) override
     {
         clear();
-        const Json::Value& jRec = input().records[i];
-        const std::string strLimits = m_json.write(jRec["limits"]);
-        const std::string strPorts = m_json.write(jRec["ports"]);
-        {
-            Use<Statement> use(m_insert);
-            use.bind(1, jRec["address"]);
-            use.bind(2, jRec["comment"]);
-            use.bind(3, jRec["count"].asInt());
-            use.bind(4, static_cast<sqlite3_int64>(jRec["created"].asInt64()));
-            use.bind(5, jRec["enabled"].asBool() ? 1 : 0);
-            use.bind(6, strLimits);
-            use.bind(7, strPorts);
-            use.bind(8, jRec["serial"]);
-            m_db.check(sqlite3_step(use), SQLITE_DONE);
-        }
+        insert(input().records[i]);
         Use<Statement> use(m_stored);
         use.bind(1, sqlite3_last_insert_rowid(m_db));
         return readOne(use);
@@ -158,6 +177,31 @@ public:
     }
 
 private:
+    void insert(const Json::Value& jRec)
+    {
+        const std::string strLimits = m_json.write(jRec["limits"]);
+        const std::string strPorts = m_json.write(jRec["ports"]);
+        Use<Statement> use(m_insert);
+        use.bind(1, jRec["address"]);
+        use.bind(2, jRec["comment"]);
+        use.bind(3, jRec["count"].asInt());
+        use.bind(4, static_cast<sqlite3_int64>(jRec["created"].asInt64()));
+        use.bind(5, jRec["enabled"].asBool() ? 1 : 0);
+        use.bind(6, strLimits);
+        use.bind(7, strPorts);
+        use.bind(8, jRec["serial"]);
+        m_db.check(sqlite3_step(use), SQLITE_DONE);
+    }
+
+    std::size_t pageOf(Statement& statement, std::size_t offset)
+    {
+        clear();
+        Use<Statement> use(statement);
+        use.bind(1, static_cast<int>(kPage));
+        use.bind(2, static_cast<sqlite3_int64>(offset));
+        return readRows(use);
+    }
+
     bool step(sqlite3_stmt* pStatement)
     {
         const int err = sqlite3_step(pStatement);
@@ -201,6 +245,9 @@ private:
     JsonColumns m_json;
     Statement m_list{m_db, kSelect};
     Statement m_page{m_db, kSelectPage};
+    Statement m_sorted{m_db, kSelectSorted};
+    Statement m_filter{m_db, kSelectWindow};
+    Statement m_count{m_db, kCountWindow};
     Statement m_insert{m_db, kInsert};
     Statement m_stored{m_db, kSelectStored};
     Statement m_fetch{m_db, kSelectKey};

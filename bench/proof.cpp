@@ -12,14 +12,6 @@ namespace bench
 namespace
 {
 
-Json::Value recordsOf(std::size_t first, std::size_t count)
-{
-    Json::Value jRecords(Json::arrayValue);
-    for (std::size_t i = first; i < first + count; ++i)
-        jRecords.append(recordOf(i));
-    return jRecords;
-}
-
 void prove(const ContestantKind& kind, const Setting& setting)
 {
     constexpr std::size_t kOperations = 200;
@@ -41,6 +33,27 @@ void prove(const ContestantKind& kind, const Setting& setting)
     };
 
     const Json::Value jBefore = recordsOf(0, setting.rows);
+    const auto proveMore = [&]
+    {
+        for (std::size_t i = 0; i < kPages; ++i)
+        {
+            expect(contestant.sorted(pageOffset(i)) == kPage, "count of a sorted page");
+            Json::Value jPage(Json::arrayValue);
+            for (std::size_t row = 1; row <= kPage; ++row)
+                jPage.append(recordOf(setting.rows - pageOffset(i) - row));
+            expectRecords(jPage, "records of a sorted page");
+            expect(contestant.filter(i) == kPage, "count of a filter");
+            expectRecords(recordsOf(pageOffset(i), kPage), "records of a filter");
+            expect(contestant.count(i) == makeInput({}).windows[i].enabled, "a counted filter");
+        }
+        Json::Value jVisited(Json::arrayValue);
+        const auto visit = [&](const Json::Value& jRec) { return jVisited.append(jRec).isObject(); };
+        expect(contestant.forEach(visit) == setting.rows && jVisited == jBefore, "visited records");
+
+        place.prepare(work("bulk"), 1);
+        expect(contestant.createAll(0) == setting.rows, "count of a bulk");
+        expectRows(recordsOf(0, 2 * setting.rows), "rows after a bulk");
+    };
     place.prepare(work("fetch"), kOperations);
     expect(contestant.list() == setting.rows, "count of all records");
     expectRecords(jBefore, "all records");
@@ -55,6 +68,8 @@ void prove(const ContestantKind& kind, const Setting& setting)
         expectRecords(recordOf(spread(i, setting.rows)), "fetched record");
     }
     expectRows(jBefore, "rows before any change");
+    if (kind.blAllWorks)
+        proveMore();
 
     place.prepare(work("create"), kOperations);
     for (std::size_t i = 0; i < kOperations; ++i)

@@ -16,6 +16,11 @@ const std::vector<Work>& works()
         {WorkKind::Fetch, "fetch", "fetch by key", "percall"},
         {WorkKind::Update, "update", "update by filter", "percall"},
         {WorkKind::Delete, "delete", "delete by name", "percall"},
+        {WorkKind::Sorted, "sorted", "list a sorted page of 50", "kept", false},
+        {WorkKind::Filter, "filter", "list 50 by four conditions", "kept", false},
+        {WorkKind::Count, "count", "count by filter", "kept", false},
+        {WorkKind::Bulk, "bulk", "create 10,000 in one transaction", "kept", false},
+        {WorkKind::ForEach, "foreach", "visit each of 100,000", "kept", false, 100000},
     };
     return all;
 }
@@ -36,8 +41,11 @@ std::string nameOf(const Setting& setting)
            (setting.blTransaction ? ", one transaction" : ", autocommit");
 }
 
-// Operations before the measured ones: a whole turn of pages.
-static constexpr std::size_t kWarmUp = kPages;
+std::size_t Work::records(std::size_t rowsOfTable) const
+{
+    const bool blPage = kind == WorkKind::Page || kind == WorkKind::Sorted || kind == WorkKind::Filter;
+    return isWhole() ? rowsOfTable : blPage ? kPage : 1;
+}
 
 Place::Place(const ContestantKind& kind, const Setting& setting) : m_setting(setting)
 {
@@ -60,13 +68,16 @@ Place::Place(const ContestantKind& kind, const Setting& setting) : m_setting(set
 void Place::prepare(const Work& work, std::size_t count)
 {
     m_pWork = &work;
-    m_prepared = kWarmUp + count;
-    const bool blByRow = work.kind != WorkKind::List && work.kind != WorkKind::Page;
+    m_warmUp = work.isWhole() ? 1 : kPages;  // a whole turn of pages
+    m_prepared = m_warmUp + count;
+    const bool blByRow = work.kind >= WorkKind::Create && work.kind <= WorkKind::Delete;
     const bool blExtra = work.kind == WorkKind::Create || work.kind == WorkKind::Delete;  // beyond the rows that stay
     std::vector<std::size_t> indices;
     for (std::size_t i = 0; blByRow && i < m_prepared; ++i)
         indices.push_back(blExtra ? m_setting.rows + i : spread(i, m_setting.rows));
     m_input = makeInput(indices);
+    for (std::size_t i = 1; work.kind == WorkKind::Bulk && i <= m_prepared; ++i)
+        m_input.arrays.push_back(recordsOf(i * m_setting.rows, m_setting.rows));
     m_contestant->give(m_input);
     removeExtraRows();
     if (work.kind == WorkKind::Delete)
@@ -75,10 +86,10 @@ void Place::prepare(const Work& work, std::size_t count)
 
 Cost Place::run()
 {
-    for (std::size_t i = m_pWork->kind == WorkKind::List ? kWarmUp - 1 : 0; i < kWarmUp; ++i)
+    for (std::size_t i = 0; i < m_warmUp; ++i)
         operate(i);
-    const Cost cost = batch(kWarmUp, m_prepared - kWarmUp);
-    if (m_pWork->kind == WorkKind::Create)
+    const Cost cost = batch(m_warmUp, m_prepared - m_warmUp);
+    if (m_pWork->kind == WorkKind::Create || m_pWork->kind == WorkKind::Bulk)
         removeExtraRows();
     else if (m_pWork->kind == WorkKind::Delete)
         fillTable(m_contestant->connection(), m_setting.rows, m_prepared);
@@ -104,6 +115,16 @@ std::size_t Place::operate(std::size_t i)
             return contestant.update(i);
         case WorkKind::Delete:
             return contestant.remove(i);
+        case WorkKind::Sorted:
+            return contestant.sorted(pageOffset(i));
+        case WorkKind::Filter:
+            return contestant.filter(i % kPages);
+        case WorkKind::Count:
+            return contestant.count(i % kPages) == m_input.windows[i % kPages].enabled ? 1 : 0;
+        case WorkKind::Bulk:
+            return contestant.createAll(i);
+        case WorkKind::ForEach:
+            return contestant.forEach([](const Json::Value& jRec) { return !jRec.empty(); });
     }
     throw std::logic_error("no such work");
 }
@@ -129,11 +150,7 @@ Cost Place::batch(std::size_t first, std::size_t count)
     if (m_setting.blTransaction)
         runSql(pDb, "COMMIT");
 
-    std::size_t expected = count;
-    if (m_pWork->kind == WorkKind::List)
-        expected *= m_setting.rows;
-    else if (m_pWork->kind == WorkKind::Page)
-        expected *= kPage;
+    const std::size_t expected = count * m_pWork->records(m_setting.rows);
     if (cost.records != expected)
         throw std::runtime_error(m_pWork->strId + ": " + std::to_string(cost.records) + " records instead of " +
                                  std::to_string(expected));

@@ -23,7 +23,12 @@ enum class WorkKind
     Create,
     Fetch,
     Update,
-    Delete
+    Delete,
+    Sorted,
+    Filter,
+    Count,
+    Bulk,
+    ForEach
 };
 
 struct Work
@@ -31,10 +36,17 @@ struct Work
     WorkKind kind;
     std::string strId;
     std::string strName;
-    std::string strRival;  // the contestant that ratios are formed against
+    std::string strRival;      // the contestant that ratios are formed against
+    bool blForAll = true;      // false: only for contestants that do all works
+    std::size_t rows = 10000;  // of the table where time is measured
+
+    // How many records one operation reads or changes in a table of so many rows. A count is one record.
+    std::size_t records(std::size_t rowsOfTable) const;
+    bool isWhole() const { return kind == WorkKind::List || kind == WorkKind::Bulk || kind == WorkKind::ForEach; }
+    bool isFor(const ContestantKind& contestant) const { return blForAll || contestant.blAllWorks; }
 };
 
-const std::vector<Work>& works();
+const std::vector<Work>& works();  // those for all come first
 const Work& work(const std::string& strId);
 
 // Where the table lies and how the work is committed.
@@ -77,6 +89,7 @@ private:
     const Work* m_pWork = nullptr;
     Input m_input;
     std::size_t m_prepared = 0;
+    std::size_t m_warmUp = 0;
 };
 
 // Before anything is measured: every contestant does every work in a table of that size, in memory and on a file.

@@ -10,8 +10,8 @@ set -euo pipefail
 program=$1 work=$2 contestant=$3 rows=${4:-1000}
 options=("${@:5}")
 case $work in
-list) if [ "$rows" -lt 100000 ]; then fewer=2 more=4; else fewer=1 more=2; fi ;;
-page) fewer=10 more=60 ;;
+list | bulk | foreach) if [ "$rows" -lt 100000 ]; then fewer=2 more=4; else fewer=1 more=2; fi ;;
+page | sorted | filter) fewer=10 more=60 ;;
 *) fewer=100 more=400 ;;
 esac
 read -ra counter <<<"${VORN_COUNTER:-valgrind --tool=callgrind --callgrind-out-file=/dev/null}"
