@@ -4,6 +4,7 @@
 
 #include "failing_allocators.h"
 
+#include <malloc.h>
 #include <sqlite3.h>
 
 #include <atomic>
@@ -34,6 +35,8 @@ struct State
     std::atomic<long> untilFailure{0};  // 0: never
     std::atomic<bool> stays{false};
     std::atomic<long> failed{0};
+    std::atomic<long> bytes{0};
+    std::atomic<long> mostBytes{0};
 
     bool fails()
     {
@@ -52,13 +55,20 @@ struct State
     }
 
     template <class Pointer>
-    Pointer taken(Pointer pointer)
+    Pointer taken(Pointer pointer, std::size_t size = 0)
     {
         outstanding += pointer != nullptr ? 1 : 0;
+        const long now = bytes += static_cast<long>(size);
+        if (now > mostBytes)
+            mostBytes = now;
         return pointer;
     }
 
-    void released(const void* pointer) { outstanding -= pointer != nullptr ? 1 : 0; }
+    void released(const void* pointer, std::size_t size = 0)
+    {
+        outstanding -= pointer != nullptr ? 1 : 0;
+        bytes -= static_cast<long>(size);
+    }
 };
 
 State g_states[3];
@@ -108,12 +118,12 @@ void* operator new(std::size_t size)
     void* const pointer = newState.fails() ? nullptr : std::malloc(size > 0 ? size : 1);
     if (pointer == nullptr)
         throw std::bad_alloc();
-    return newState.taken(pointer);
+    return newState.taken(pointer, malloc_usable_size(pointer));
 }
 
 void operator delete(void* pointer) noexcept
 {
-    newState.released(pointer);
+    newState.released(pointer, malloc_usable_size(pointer));
     std::free(pointer);
 }
 
@@ -129,11 +139,11 @@ namespace
 
 State& mallocState = g_states[2];
 
-void* orNoMemory(void* pointer)
+void* taken(void* pointer)
 {
     if (pointer == nullptr)
         errno = ENOMEM;
-    return pointer;
+    return mallocState.taken(pointer, malloc_usable_size(pointer));
 }
 
 }  // namespace
@@ -147,25 +157,28 @@ extern "C"
 
     void* malloc(size_t size)
     {
-        return orNoMemory(mallocState.fails() ? nullptr : mallocState.taken(__libc_malloc(size)));
+        return taken(mallocState.fails() ? nullptr : __libc_malloc(size));
     }
 
     void* calloc(size_t count, size_t size)
     {
-        return orNoMemory(mallocState.fails() ? nullptr : mallocState.taken(__libc_calloc(count, size)));
+        return taken(mallocState.fails() ? nullptr : __libc_calloc(count, size));
     }
 
     void* realloc(void* pointer, size_t size)
     {
         if (mallocState.fails())
-            return orNoMemory(nullptr);
+            return taken(nullptr);
+        const size_t before = malloc_usable_size(pointer);
         void* const moved = __libc_realloc(pointer, size);
-        return pointer == nullptr ? mallocState.taken(moved) : moved;
+        if (moved != nullptr)
+            mallocState.released(pointer, before);
+        return taken(moved);
     }
 
     void free(void* pointer)
     {
-        mallocState.released(pointer);
+        mallocState.released(pointer, malloc_usable_size(pointer));
         __libc_free(pointer);
     }
 }
@@ -217,6 +230,21 @@ void Shortage::end()
 long outstanding(Allocator allocator)
 {
     return stateOf(allocator).outstanding;
+}
+
+Allocator lowest()
+{
+    return isReplaced(Allocator::Malloc) ? Allocator::Malloc : Allocator::OperatorNew;
+}
+
+HeapPeak::HeapPeak() : m_before(stateOf(lowest()).bytes)
+{
+    stateOf(lowest()).mostBytes = m_before;
+}
+
+long HeapPeak::bytes() const
+{
+    return stateOf(lowest()).mostBytes - m_before;
 }
 
 }  // namespace faults

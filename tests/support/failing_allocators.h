@@ -51,6 +51,21 @@ private:
 // Allocations that have not been released.
 long outstanding(Allocator allocator);
 
+// What counts the most: malloc(), or operator new in a build with a sanitizer.
+Allocator lowest();
+
+// The most bytes of the heap that were taken at once, beyond what was taken when it began, as lowest() counts them. One
+// at a time.
+class HeapPeak
+{
+public:
+    HeapPeak();
+    long bytes() const;
+
+private:
+    long m_before;
+};
+
 }  // namespace faults
 
 #endif  // VORNJSONDB_TESTS_FAILING_ALLOCATORS_H
