@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# lets one process work for long and shows what it holds: [--arm] [operations: 1000000, or 50000 with --arm]
+# lets one process work for long and shows what it holds; before, the table's trials at full size: [--arm] [operations: 1000000, or 50000 with --arm]
 . "$(dirname "$0")/common.sh"
 
 arm=
@@ -23,6 +23,12 @@ else
     configure "$folder" --preset dev
     run=()
     operations=1000000
+    trials=(contention corrupt kills)
+    compile "$folder" "${trials[@]/#/test_table_}"
+    for trial in "${trials[@]}"; do
+        say "== test_table_$trial"
+        VORN_TEST_WHOLE=1 "$folder/tests/test_table_$trial" --gtest_brief=1
+    done
 fi
 
 compile "$folder" test_long_life
