@@ -286,7 +286,14 @@ TEST(ConditionLimits, APathMayHaveSixtyNames)
     jFilter[strPath] = 5;
     EXPECT_EQ("1", table.ids(jFilter)) << table->status().text;
     jFilter.clear();
-    jFilter[strPath + ".k"] = 5;
+    for (const char* szOperand : {"5", "null", "[5]", "[5,null]", R"({"$gt":5})", R"({"$beginsWith":"x"})",
+                                  R"({"$like":"x"})", R"({"$exists":true})", R"({"$size":1})", R"({"$all":[1]})"})
+    {
+        jFilter[strPath + ".k"] = json(szOperand);
+        EXPECT_EQ("BadRequest " + strPath + ".k", table.ids(jFilter)) << szOperand;
+    }
+    jFilter.clear();
+    jFilter["sort_by"] = "-" + strPath + ".k";
     EXPECT_EQ("BadRequest " + strPath + ".k", table.ids(jFilter));
 }
 

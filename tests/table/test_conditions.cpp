@@ -57,6 +57,7 @@ constexpr Case kCases[] = {
     {R"({"s":[]})", ""},
     {R"({"s":[null]})", "7"},
     {R"({"s":{"$in":["a\u0000c","ABC","\u0001"]}})", "2 4"},
+    {R"({"s":["\u0001","ABC"]})", "2"},
     {R"({"s":{"$nin":["abc","a\u0000c"]}})", "2 3 5 6 7"},
     {R"({"s":{"$nin":["abc",null]}})", "2 3 4 5 6"},
     {R"({"s":{"$nin":[]}})", "1 2 3 4 5 6 7"},
@@ -218,6 +219,13 @@ constexpr Case kCases[] = {
     {R"({"$not":{}})", ""},
     {R"({"$nor":[{"$and":[{"i":5},{"$not":{"b":true}}]},{"s":null}]})", "1 2 3 4 6"},
     {R"({"i":5,"$or":[{"b":true},{"b":false}],"s":{"$ne":"abc"}})", "5"},
+    {R"({"$or":[{"i":{"$eq":5}},{"i":0}]})", "1 4 5"},
+    {R"({"$and":[{"i":{"$ne":5}},{"s":{"$ne":null}}]})", "2 3 4 6"},
+    {R"({"$nor":[{"s":null},{"o":{}}]})", "1 2 4 5 6"},
+    {R"({"$or":[{"s":["abc"]},{"a":{"$eq":[]}},{"b":{"$eq":true,"$exists":true}},{"$not":{"i":{"$exists":true}}}]})",
+     "1 2 4 6 7"},
+    {R"({"$or":[{"o.n":1},{"$and":[{"i":0}]}]})", "1 2 4"},
+    {R"({"$or":[{"i":-3,"b":false},{"vornSqlWhereFilter":"i = 0"}]})", "2 4"},
     // SQL of one's own.
     {R"({"vornSqlWhereFilter":"i > 4 OR s IS NULL"})", "1 3 5 7"},
     {R"~({"vornSqlWhereFilter":"i > 4 OR s IS NULL -- )","b":true})~", "1"},
@@ -226,6 +234,16 @@ constexpr Case kCases[] = {
     {R"({"vornSqlWhereFilter":"b = :flag","vornSqlWhereParams":{"flag":true}})", "1 4"},
     {R"({"vornSqlWhereFilter":"a = ?","vornSqlWhereParams":[[]]})", "2"},
     {R"({"vornSqlWhereFilter":"s = 'a%c' /* ; ) */ AND \"i\" > 0"})", "3"},
+    {R"({"vornSqlWhereFilter":"i = -3"})", "2"},
+    {R"({"vornSqlWhereFilter":"i / 2 = 2"})", "1 5"},
+    {R"({"vornSqlWhereFilter":"i|0 = 5 AND ~i = -6"})", "1 5"},
+    {R"({"vornSqlWhereFilter":"?=i","vornSqlWhereParams":[5]})", "1 5"},
+    {R"({"vornSqlWhereFilter":"(SELECT é$_1 FROM (SELECT i AS é$_1)) = :Zé_1","vornSqlWhereParams":{"Zé_1":5}})",
+     "1 5"},
+    {R"({"vornSqlWhereFilter":"d = ? AND s IS NOT ?","vornSqlWhereParams":[0.1,null]})", "1"},
+    {R"({"vornSqlWhereFilter":"b = ?","vornSqlWhereParams":[false]})", "2 5"},
+    {R"({"vornSqlWhereFilter":"o = :v","vornSqlWhereParams":{"v":{}}})", "3"},
+    {R"~({"vornSqlWhereFilter":"[i] = 0 AND `i` = 0 AND s <> ')(;--' -- it's"})~", "4"},
     {R"({"$not":{"vornSqlWhereFilter":"i > 4"}})", "2 4 6 7"},
     {R"({"$not":{"vornSqlWhereFilter":"s"}})", "1 2 3 4 5 6 7"},
     {R"({"$or":[{"vornSqlWhereFilter":"i = :n","vornSqlWhereParams":{"n":0}},
@@ -242,9 +260,11 @@ std::string complementOf(const std::string& strIds)
     return strOthers;
 }
 
-// The same filter with every list repeated many times over.
-Json::Value stretched(const Json::Value& jFilter, bool blList = false)
+// The same filter with every list repeated many times over, and every filter of its first list of filters.
+Json::Value stretched(const Json::Value& jFilter, bool blList = false, bool blFirst = true)
 {
+    constexpr int kFilters = 17;
+    constexpr int kValues = 61;
     Json::Value jLonger = jFilter;
     const bool blValue = blList && jFilter.isObject() && (jFilter.empty() || jFilter.begin().name()[0] != '$');
     if (jFilter.isObject() && !blValue)
@@ -253,15 +273,20 @@ Json::Value stretched(const Json::Value& jFilter, bool blList = false)
             const std::string strName = it.name();
             const bool blWithin = strName == "$and" || strName == "$or" || strName == "$nor";
             if (blWithin)
-                for (Json::Value& jInner : *it)
-                    jInner = stretched(jInner);
+            {
+                Json::Value jInners;
+                for (const Json::Value& jInner : *it)
+                    for (int i = 0; i < (blFirst ? kFilters : 1); ++i)
+                        jInners.append(stretched(jInner, false, false));
+                *it = jInners;
+            }
             else if (strName == "$not")
-                *it = stretched(*it);
+                *it = stretched(*it, false, false);
             else if (strName != "$eq" && strName != "$ne" && strName != "vornSqlWhereParams")
                 *it = stretched(*it, true);
         }
     if (jFilter.isArray() && blList && !jFilter.empty())
-        for (int i = 0; i < 60; ++i)
+        for (int i = 1; i < kValues; ++i)
             for (const Json::Value& jItem : jFilter)
                 jLonger.append(jItem);
     return jLonger;

@@ -69,15 +69,14 @@ TEST(Requests, MistakesNameWhatIsWrong)
 {
     FilterTable table("name:string b:bool n:int d:double f:float o:Json::objectValue a:Json::arrayValue j:Json::Value");
     table.add(json(R"({"id":1})"));
-    const std::vector<Case> cases = {
-        {R"([])", "BadRequest "},
-        {R"("text")", "BadRequest "},
+    const std::vector<Case> filters = {
         {R"({"nmae":1})", "UnknownMember nmae"},
         {R"({"$or":[{"nmae":1}]})", "UnknownMember nmae"},
         {R"({"name.x":1})", "UnknownMember name.x"},
         {R"({"n.x.y":1})", "UnknownMember n.x.y"},
         {R"({"a.x":1})", "BadType a.x"},
         {R"({"x.y":1})", "UnknownMember x.y"},
+        {R"({".x":1})", "UnknownMember .x"},
         {R"({"":1})", "UnknownMember "},
         {R"({"name":{"$equal":1}})", "BadRequest $equal"},
         {R"({"name":{"$eq":"x","plain":1}})", "BadRequest plain"},
@@ -95,7 +94,6 @@ TEST(Requests, MistakesNameWhatIsWrong)
         {R"({"n":{"$not":{"x":1}}})", "BadRequest x"},
         {R"({"$and":[{"limit":1}]})", "BadRequest limit"},
         {R"({"$not":{"$sort_by":"n"}})", "BadRequest $sort_by"},
-        {R"({"limit":1,"$limit":1})", "BadRequest limit"},
         {R"({"a":{"$all":[]}})", "BadRequest $all"},
         {R"({"name":{"$like":"a\u0000"}})", "BadRequest $like"},
         {R"({"j.x":{"$glob":"\u0000"}})", "BadRequest $glob"},
@@ -114,6 +112,7 @@ TEST(Requests, MistakesNameWhatIsWrong)
         {R"({"j":{"$lte":1}})", "BadType j"},
         {R"({"name":5})", "BadType name"},
         {R"({"name":["x",5]})", "BadType name"},
+        {R"({"name":{"$eq":5}})", "BadType name"},
         {R"({"name":{}})", "BadType name"},
         {R"({"n":5.5})", "BadType n"},
         {R"({"b":1})", "BadType b"},
@@ -122,6 +121,7 @@ TEST(Requests, MistakesNameWhatIsWrong)
         {R"({"j":{"$beginsWith":"5"}})", "BadType j"},
         {R"({"name":{"$beginsWith":5}})", "BadType name"},
         {R"({"j.x":{"$glob":null}})", "BadType j.x"},
+        {R"({"j.x":{"$beginsWith":5}})", "BadType j.x"},
         {R"({"name":{"$size":1}})", "BadType name"},
         {R"({"o":{"$all":[1]}})", "BadType o"},
         {R"({"a":{"$all":1}})", "BadType a"},
@@ -135,6 +135,9 @@ TEST(Requests, MistakesNameWhatIsWrong)
         {R"({"d":NaN})", "OutOfRange d"},
         {R"({"n":{"$lt":Infinity}})", "OutOfRange n"},
         {R"({"j.x":Infinity})", "OutOfRange j.x"},
+        {R"({"j.x":{"$lte":Infinity}})", "OutOfRange j.x"},
+        {R"({"j.x":{"$nin":[1,[NaN]]}})", "OutOfRange j.x"},
+        {R"({"a":{"$all":[1,NaN]}})", "OutOfRange a"},
         {R"({"vornSqlWhereFilter":""})", "BadRequest vornSqlWhereFilter"},
         {R"({"vornSqlWhereFilter":" \t\n"})", "BadRequest vornSqlWhereFilter"},
         {R"({"vornSqlWhereFilter":"-- 1"})", "BadRequest vornSqlWhereFilter"},
@@ -151,6 +154,9 @@ TEST(Requests, MistakesNameWhatIsWrong)
         {R"({"vornSqlWhereFilter":"n=@x","vornSqlWhereParams":{"x":1}})", "BadRequest vornSqlWhereFilter"},
         {R"({"vornSqlWhereFilter":"n=$x","vornSqlWhereParams":{"x":1}})", "BadRequest vornSqlWhereFilter"},
         {R"({"vornSqlWhereFilter":"n=#x","vornSqlWhereParams":{"x":1}})", "BadRequest vornSqlWhereFilter"},
+        {R"({"vornSqlWhereFilter":"n=:","vornSqlWhereParams":{"":1}})", "BadRequest vornSqlWhereFilter"},
+        {R"~({"vornSqlWhereFilter":"n=:x(1)","vornSqlWhereParams":{"x":1}})~", "BadRequest vornSqlWhereFilter"},
+        {R"({"vornSqlWhereFilter":"n=:x::y","vornSqlWhereParams":{"x":1}})", "BadRequest vornSqlWhereFilter"},
         {R"({"vornSqlWhereFilter":"n=?"})", "BadRequest vornSqlWhereParams"},
         {R"({"vornSqlWhereFilter":"n=?","vornSqlWhereParams":[]})", "BadRequest vornSqlWhereParams"},
         {R"({"vornSqlWhereFilter":"n=?","vornSqlWhereParams":[1,2]})", "BadRequest vornSqlWhereParams"},
@@ -160,6 +166,11 @@ TEST(Requests, MistakesNameWhatIsWrong)
         {R"({"vornSqlWhereParams":[]})", "BadRequest vornSqlWhereParams"},
         {R"({"vornSqlWhereFilter":"n=?","vornSqlWhereParams":[NaN]})", "OutOfRange vornSqlWhereParams"},
         {R"({"vornSqlWhereFilter":"nonsense = 1"})", "Sqlite "},
+    };
+    const std::vector<Case> requests = {
+        {R"([])", "BadRequest "},
+        {R"("text")", "BadRequest "},
+        {R"({"limit":1,"$limit":1})", "BadRequest limit"},
         {R"({"limit":null})", "BadRequest limit"},
         {R"({"$limit":-1})", "BadRequest $limit"},
         {R"({"offset":1.5})", "BadRequest offset"},
@@ -175,14 +186,27 @@ TEST(Requests, MistakesNameWhatIsWrong)
         {R"({"sort_by":"-n","sort_direction":"asc"})", "BadRequest sort_direction"},
         {R"({"sort_by":["n","d"],"sort_direction":"asc"})", "BadRequest sort_direction"},
     };
-    for (const Case& c : cases)
+    const auto expectMistake = [&table](const Json::Value& jRequest, const Case& c)
     {
-        Json::Value jRows = "untouched";
-        Json::Value jOut;
-        EXPECT_EQ(-1, table->explain(json(c.szRequest), jOut)) << c.szRequest;
+        Json::Value jOut = "untouched";
+        EXPECT_EQ(-1, table->explain(jRequest, jOut)) << c.szRequest;
         EXPECT_EQ(c.szExpected, table.failure()) << c.szRequest << ": " << table->status().text;
         EXPECT_NE("", table->status().text);
+        EXPECT_EQ(Json::Value("untouched"), jOut);
         EXPECT_EQ(1, table->recCount(Json::Value()));
+    };
+    for (const Case& c : requests)
+        expectMistake(json(c.szRequest), c);
+    for (const Case& c : filters)
+    {
+        expectMistake(json(c.szRequest), c);
+        for (const char* szOperator : {"$and", "$nor"})  // in a list that is long
+        {
+            Json::Value jFilter;
+            for (int i = 0; i < 20; ++i)
+                jFilter[szOperator].append(json(c.szRequest));
+            expectMistake(jFilter, c);
+        }
     }
     Json::Value jRows;
     for (const char* szFields : {"null", "[]", "\"n\"", "[5]"})
@@ -196,7 +220,9 @@ TEST(Requests, MistakesNameWhatIsWrong)
 
 TEST(Requests, TextsSayWhatWasProbablyMeant)
 {
-    FilterTable table("name:string address:Json::objectValue");
+    const std::string strLong(70, 'l');  // longer than what is compared
+    FilterTable table("name:string address:Json::objectValue " + strLong + ":int");
+    const std::string strLonger = "{\"" + strLong + "l\":1}";
     for (const Case& c : std::vector<Case>{
              {R"({"nmae":1})", "did you mean \"name\"?"},
              {R"({"adress.city":1})", "did you mean \"address.city\"?"},
@@ -206,6 +232,7 @@ TEST(Requests, TextsSayWhatWasProbablyMeant)
              {R"({"$limt":1})", "did you mean \"$limit\"?"},
              {R"({"$gt":1})", "belongs to a member"},
              {R"({"$not":{"limit":1}})", "belongs to the request itself"},
+             {strLonger.c_str(), "The definition has no member"},
          })
     {
         EXPECT_NE("", table.ids(json(c.szRequest)));
@@ -315,6 +342,70 @@ TEST(Requests, APrefixIsExactWhateverTheColumnCollatesBy)
                          {R"({"s":"az"})", "3"},
                          {R"({"s":{"$beginsWith":"\udbff\udfff"}})", "5"},
                      });
+}
+
+TEST(Requests, APrefixOfBytesThatAreNoTextEndsWhereItsLastByteDoes)
+{
+    FilterTable table("s:string+");
+    const char* const texts[] = {"a", "a\xff", "a\xff\xff z", "b", "\xff", "\xff\xff", "\xfe"};
+    for (int i = 0; i < 7; ++i)
+    {
+        Json::Value jRecord;
+        jRecord["id"] = i;
+        jRecord["s"] = texts[i];
+        table.add(jRecord);
+    }
+    expectAll(table, {
+                         {"{\"s\":{\"$beginsWith\":\"a\xff\"}}", "1 2"},
+                         {"{\"s\":{\"$beginsWith\":\"\xff\"}}", "4 5"},
+                         {"{\"s\":{\"$beginsWith\":\"\xff\xff\"}}", "5"},
+                     });
+}
+
+TEST(Requests, BeyondSqlitesLimitsAreToldByTheirMember)
+{
+    FilterTable table("s:string j:Json::Value");
+    table.add(json(R"({"id":1,"s":"12345","j":{"t":"12345"}})"));
+    sqlite3_limit(table.db(), SQLITE_LIMIT_LIKE_PATTERN_LENGTH, 5);
+    expectAll(table, {
+                         {R"({"s":{"$like":"12345"},"j.t":{"$glob":"12345"}})", "1"},
+                         {R"({"s":{"$like":"123456"}})", "OutOfRange s"},
+                         {R"({"j.t":{"$glob":"123456"}})", "OutOfRange j.t"},
+                         {R"({"s":{"$beginsWith":"123456"}})", ""},
+                     });
+    sqlite3_limit(table.db(), SQLITE_LIMIT_COLUMN, 3);
+    expectAll(table, {
+                         {R"({"sort_by":["s","-id","id"]})", "1"},
+                         {R"({"sort_by":["s","-id","id","s"]})", "BadRequest sort_by"},
+                     });
+}
+
+TEST(Requests, ExplainShowsTheParametersAsTheyAreBound)
+{
+    FilterTable table("s:string j:Json::Value");
+    Json::Value jOut;
+    EXPECT_EQ(0, table->explain(json(R"({"vornSqlWhereFilter":"? OR ? OR ? OR ? OR ?",
+                                         "vornSqlWhereParams":[null,0.5,true,"x",[1]]})"),
+                                jOut))
+        << table->status().text;
+    EXPECT_EQ(json(R"([null,0.5,1,"x","[1]"])"), jOut["parameters"]);
+    EXPECT_EQ(json(R"(["parameters","plan","sql"])").size(), jOut.size());
+    EXPECT_TRUE(jOut["sql"].isString());
+    EXPECT_FALSE(jOut["plan"].empty());
+}
+
+TEST(Requests, APathLeadsIntoTheTableWhateverItsName)
+{
+    for (const char* szName : {"j", "J1", "j1", "j2", "k", "K1", "k1", "value"})
+    {
+        FilterTable table("j:Json::Value k:Json::objectValue", szName);
+        table.add(json(R"({"id":1,"j":{"a":{"b":[1]}},"k":{"a":1}})"));
+        table.add(json(R"({"id":2,"j":{"a":{"b":[2]}}})"));
+        expectAll(table, {
+                             {R"({"j.a.b":{"$all":[1]},"k.a":1})", "1"},
+                             {R"({"j.a.b":{"$size":1},"k":null,"sort_by":"-j.a.b"})", "2"},
+                         });
+    }
 }
 
 // 200 texts that leave their quotes, or try to.

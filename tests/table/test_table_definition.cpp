@@ -153,7 +153,8 @@ TEST(TableDefinition, OfAnotherShapeIsNotTaken)
                                R"({"T": {"member": {"-a": {"cpptype": "int"}}}})",
                                R"({"T": {"member": {"": {"cpptype": "int"}}}})",
                                R"({"T": {"member": {"a\u0000b": {"cpptype": "int"}}}})",
-                               R"({"T": {"member": {"id": {"cpptype": "int"}, "Id": {"cpptype": "int"}}}})"};
+                               R"({"T": {"member": {"id": {"cpptype": "int"}, "Id": {"cpptype": "int"}}}})",
+                               R"({"T": {"member": {"aÄ": {"cpptype": "int"}, "AÄ": {"cpptype": "int"}}}})"};
     for (const char* szDefinition : bad)
     {
         SCOPED_TRACE(szDefinition);
@@ -182,10 +183,12 @@ TEST(TableDefinition, MayHoldOtherNamesOtherTablesNullDefaultsAndFlagsThatAreFal
     Database db;
     const Json::Value jDefinition = json(R"({"T": {"comment": 5, "member": {
         "id": {"cpptype": "int", "key": false, "unique": false, "required": false, "index": false, "$x": [], "label": "no"},
-        "u": {"cpptype": "int", "unique": true, "cppDefaultValue": null}}}, "U": null})");
+        "u": {"cpptype": "int", "unique": true, "cppDefaultValue": null}, "ä": {"cpptype": "bool", "key": true},
+        "Ä": {"cpptype": "int", "key": true}}}, "U": null})");
     vorn::Table table(db.handle(), "T", jDefinition);
     EXPECT_TRUE(done(table, 0));
-    EXPECT_TRUE(done(table, table.recCreate(json(R"({"id": 1})"))));
+    EXPECT_TRUE(done(table, table.recCreate(json(R"({"id": 1, "ä": true, "Ä": 2})"))));
+    EXPECT_EQ(Texts{"1|NULL|2|1"}, db.rows("SELECT * FROM T"));
 }
 
 TEST(TableDefinition, BelongsToItsObject)
@@ -320,6 +323,11 @@ TEST(TableCreate, RunsTheHostsTextAsItStands)
     EXPECT_TRUE(failed(*broken, broken->tableCreate(), Code::Sqlite));
     EXPECT_TRUE(failed(*broken, broken->recCreate(json("{}")), Code::Missing));
 
+    TestTable rows(R"({"a": {"cpptype": "int"}})",
+                   "SELECT 1 UNION SELECT 2; CREATE TABLE @ (a); PRAGMA table_info(@); -- the end\n ");
+    EXPECT_TRUE(done(*rows, 0)) << "rows are left aside, and so is what is no statement";
+    rows.create(R"({"a": 1})");
+
     TestTable kept(R"({"a": {"cpptype": "int"}})", "CREATE TABLE IF NOT EXISTS @ (a)");
     EXPECT_TRUE(done(*kept, kept->tableCreate()));
     kept.run("DROP TABLE @");
@@ -385,6 +393,48 @@ TEST(TableCheck, ReportsWhatDiffersAndFailsOnlyForWhatCannotWork)
     t.run("DROP INDEX any_name; CREATE UNIQUE INDEX part ON @ (u) WHERE u > 5; CREATE UNIQUE INDEX more ON @ (u, a)");
     EXPECT_TRUE(done(*t, t->tableCheck(jReport)));
     EXPECT_EQ(json(R"(["u"])"), jReport["keys"]);
+    t.run("CREATE UNIQUE INDEX lowered ON @ (lower(u))");
+    EXPECT_TRUE(done(*t, t->tableCheck(jReport)));
+    EXPECT_EQ(json(R"(["u"])"), jReport["keys"]);
+}
+
+TEST(TableCheck, NamesEveryColumnOfAnotherAffinity)
+{
+    TestTable t(
+        R"({"a": {"cpptype": "string"}, "b": {"cpptype": "string"}, "c": {"cpptype": "int"}, "d": {"cpptype": "double"},
+            "e": {"cpptype": "float"}, "f": {"cpptype": "int"}, "g": {"cpptype": "int"}, "h": {"cpptype": "bool"}})",
+        "CREATE TABLE @ (a CLOB, b BLOB, c DECIMAL(5), d DOUBLE PRECISION, e FLOAT, f, g POINT, h BOOLEAN)");
+    Json::Value jReport;
+    EXPECT_TRUE(done(*t, t->tableCheck(jReport)));
+    EXPECT_EQ(json(R"~([{"member": "b", "declared": "string", "column": "BLOB"},
+                       {"member": "c", "declared": "int", "column": "DECIMAL(5)"
+},
+                       {"member": "f", "declared": "int", "column": ""},
+                       {"member": "h", "declared": "bool", "column": "BOOLEAN"}])~"),
+              jReport["types"])
+        << "by SQLite's rules a point is a whole number";
+}
+
+TEST(TableCheck, OfATableThatIsNotThereOrHasNoneOfTheColumnsFillsTheReport)
+{
+    for (const char* szChange : {"DROP TABLE @", "DROP TABLE @; CREATE TABLE @ (z)"})
+    {
+        TestTable t(R"({"a": {"cpptype": "int", "unique": true}, "b": {"cpptype": "int"}})");
+        t.run(szChange);
+        const bool blThere = t.db().rows("SELECT * FROM sqlite_master").size() == 1;
+        Json::Value jReport;
+        EXPECT_TRUE(failed(*t, t->tableCheck(jReport, true), Code::Missing, blThere ? "a" : ""));
+        EXPECT_EQ(json(R"({"missing": ["a", "b"], "types": [], "keys": ["a"], "cells": []})"),
+                  (jReport.removeMember("undeclared"), jReport));
+        EXPECT_TRUE(done(*t, t->tableUpgrade()));
+        EXPECT_TRUE(done(*t, t->tableCheck(jReport, true)));
+        EXPECT_EQ(json(blThere ? R"(["z"])" : "[]"), jReport["undeclared"]);
+    }
+    TestTable t(R"({"a": {"cpptype": "int"}, "b": {"cpptype": "int"}})", "CREATE TABLE @ (b)");
+    t.run("INSERT INTO @ VALUES ('zq7x')");
+    Json::Value jReport;
+    EXPECT_TRUE(failed(*t, t->tableCheck(jReport, true), Code::Missing, "a"));
+    EXPECT_EQ(Json::Value("b"), jReport["cells"][0]["member"]) << "the columns that are there are read";
 }
 
 TEST(TableCheck, TakesEachTypesOwnAffinityAsRight)
@@ -471,7 +521,10 @@ TEST(TableKinds, WithoutRowidOrWithUndeclaredColumnsWorkAndViewsAndVirtualTables
     const char* const szMembers = R"({"id": {"cpptype": "string"}, "n": {"cpptype": "int"}})";
     const char* const creates[] = {"CREATE TABLE @ (id TEXT PRIMARY KEY, n INT) WITHOUT ROWID",
                                    "CREATE TABLE @ (z DEFAULT 'z', n INT, y, id TEXT PRIMARY KEY)",
-                                   "CREATE TABLE @ (id TEXT, n INT, z AS (n + 1), PRIMARY KEY (id, n)) WITHOUT ROWID"};
+                                   "CREATE TABLE @ (id TEXT, n INT, z AS (n + 1), PRIMARY KEY (id, n)) WITHOUT ROWID",
+                                   "CREATE TABLE @ (other INTEGER PRIMARY KEY, id TEXT, n INT)",
+                                   "CREATE TABLE @ (id INT); CREATE TEMP TABLE @ (id TEXT PRIMARY KEY, n INT)",
+                                   "ATTACH ':memory:' AS other; CREATE TABLE other.@ (id TEXT PRIMARY KEY, n INT)"};
     for (const char* szCreate : creates)
     {
         SCOPED_TRACE(szCreate);
@@ -493,7 +546,32 @@ TEST(TableKinds, WithoutRowidOrWithUndeclaredColumnsWorkAndViewsAndVirtualTables
         TestTable t(szMembers, szCreate);
         EXPECT_EQ(json(R"([{"id": "b", "n": 2}])"), t.list(R"({"id": "b"})"));
         EXPECT_TRUE(done(*t, t->recCount(json("{}")), 2));
-        Json::Value jReport;
+        Json::Value jReport, jOut("before");
         EXPECT_TRUE(done(*t, t->tableCheck(jReport, true)));
+        const Texts rows = t.rows();
+        if (t->recCreate(json(R"({"id": "c"})"), jOut) != 0)  // listing is all that they promise
+        {
+            EXPECT_EQ(Json::Value("before"), jOut);
+            EXPECT_EQ(rows, t.rows());
+        }
+    }
+}
+
+TEST(TableKinds, OfTempAndAttachedTablesAreUpgradedWhereTheyAre)
+{
+    for (const char* szSchema : {"temp", "other"})
+    {
+        SCOPED_TRACE(szSchema);
+        TestTable t(R"({"a": {"cpptype": "int", "index": true}, "b": {"cpptype": "int", "unique": true}})",
+                    "ATTACH ':memory:' AS other; CREATE TABLE " + std::string(szSchema) + ".@ (a)");
+        EXPECT_TRUE(done(*t, t->tableUpgrade()));
+        EXPECT_EQ(Texts{"2"},
+                  t.db().rows("SELECT count(*) FROM pragma_index_list('" + t.name() + "', '" + szSchema + "')"));
+        EXPECT_EQ(Texts(), t.db().rows("SELECT name FROM main.sqlite_master"));
+        Json::Value jReport;
+        EXPECT_TRUE(done(*t, t->tableCheck(jReport)));
+        EXPECT_EQ(json("[]"), jReport["keys"]);
+        t.create(R"({"a": 1, "b": 1})");
+        EXPECT_TRUE(failed(*t, t->recCreate(json(R"({"b": 1})")), Code::Duplicate, "b"));
     }
 }

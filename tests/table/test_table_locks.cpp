@@ -205,6 +205,50 @@ TEST(TableLocks, ThatKeepReadersOutAreWaitedForByReads)
     EXPECT_TRUE(done(*t, t->recCount(json("{}")), 1));
 }
 
+TEST(TableLocks, ThatKeepReadersOutAreWaitedForByTheConstructor)
+{
+    for (const char* szBefore : {"CREATE TABLE T (id INTEGER PRIMARY KEY, name TEXT, n INT)", "CREATE TABLE other (x)"})
+    {
+        support::TempFile file;
+        Database other(file.path());
+        ASSERT_EQ(SQLITE_OK, other.run(szBefore));
+        ASSERT_EQ(SQLITE_OK, other.run("BEGIN EXCLUSIVE"));
+        const Database db(file.path());
+        {
+            const Later later(60, [&] { other.run("COMMIT"); });
+            vorn::Table table(db.handle(), "T", definitionOf("T", json(kMembers)));
+            EXPECT_TRUE(done(table, 0));
+            EXPECT_TRUE(done(table, table.recCount(Json::Value()), 0));
+        }
+    }
+}
+
+TEST(TableLocks, OfAnotherConnectionToASharedCacheAreWaitedFor)
+{
+    const support::TempFile file;
+    sqlite3_enable_shared_cache(1);
+    const auto pDatabase = std::make_shared<Database>(file.path());
+    const Database other(file.path());
+    sqlite3_enable_shared_cache(0);
+    TestTable t(kMembers, "", pDatabase, "T");
+    ASSERT_TRUE(done(*t, t->recCreate(json(R"({"id": 1, "n": 1})"))));
+    ASSERT_EQ(SQLITE_OK, other.run("BEGIN; UPDATE T SET n = 2"));
+    t->setLockTimeout(100);
+    EXPECT_NEAR(100, millisecondsOf([&] { EXPECT_TRUE(failed(*t, t->recCount(json("{}")), Code::Locked)); }), 20);
+    EXPECT_EQ(SQLITE_LOCKED_SHAREDCACHE, t->status().sqlite);
+    for (const Writing& writing : writings())
+    {
+        if (std::string(writing.szName) == "tableUpgrade")
+            continue;
+        t->setLockTimeout(0);
+        EXPECT_TRUE(failed(*t, writing.call(*t), Code::Locked)) << writing.szName;
+        EXPECT_NE(0, sqlite3_get_autocommit(t.handle()));
+    }
+    t->setLockTimeout(5000);
+    const Later later(60, [&] { other.run("COMMIT"); });
+    EXPECT_TRUE(done(*t, t->recCount(json(R"({"n": 2})")), 1));
+}
+
 TEST(TableLocks, AtTheEndRepeatTheEndAndNeverTheWork)
 {
     for (const Writing& writing : writings())

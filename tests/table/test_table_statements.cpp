@@ -76,6 +76,14 @@ TEST(TableStatements, ArePreparedOnceForAThousandRecords)
              j["name"] = std::to_string(i);
              EXPECT_EQ(0, t->recCreate(j));
          }},
+        {"create all",
+         [&](int i)
+         {
+             Json::Value j;
+             for (int k = 0; k < 4; ++k)
+                 j[k][k % 2 == 0 ? "name" : "n"] = k % 2 == 0 ? Json::Value(std::to_string(i)) : Json::Value(i);
+             EXPECT_EQ(4, t->recCreateAll(j));
+         }},
         {"save",
          [&](int i)
          {
@@ -184,6 +192,27 @@ TEST(TableStatements, AreKeptUpToThirtyTwo)
     EXPECT_LT(20, keptStatements(t.handle()));
 }
 
+TEST(TableStatements, ThatWereUsedLongestAgoGoFirst)
+{
+    TestTable t(kMembers);
+    Prepares prepares(t.handle());
+    const auto useShape = [&](int i)
+    {
+        Json::Value jFilter;
+        for (int k = 0; k < 6; ++k)
+            jFilter["$and"].append(json((i >> k & 1) != 0 ? R"({"n": {"$gt": 1}})" : R"({"n": {"$lt": 1}})"));
+        EXPECT_EQ(0, t->recCount(jFilter));
+        return prepares.taken();
+    };
+    useShape(0);
+    for (int i = 0; i < 32; ++i)
+        useShape(i);
+    EXPECT_EQ(0, useShape(0)) << "32 are kept";
+    EXPECT_LT(0, useShape(32));
+    EXPECT_EQ(0, useShape(0)) << "it was used after the others";
+    EXPECT_LT(0, useShape(1));
+}
+
 TEST(TableStatements, OfOneShapeMayBeUsedWhileTheyAreInUse)
 {
     TestTable t(kMembers);
@@ -268,6 +297,20 @@ TEST(TableStatements, PickUpWhatOthersDoToTheSchema)
     EXPECT_EQ(json(R"({"id": 7, "n": 1})"), jOut);
     EXPECT_TRUE(done(*t, t->recSave(jSave, false)));
     EXPECT_EQ(json(R"({"id": 7, "n": 1})"), jSave);
+}
+
+TEST(TableStatements, OfANewShapeSeeTheConnectionsOwnSchemaChangeInsideATransaction)
+{
+    for (const char* szBegin : {"BEGIN", "BEGIN IMMEDIATE", "BEGIN; SELECT * FROM sqlite_master"})
+    {
+        TestTable t(kMembers);
+        t.create(R"({"n": 1})");
+        t.run("ALTER TABLE @ RENAME COLUMN n TO m; " + std::string(szBegin));
+        EXPECT_TRUE(failed(*t, t->recCount(json(R"({"id": {"$gt": 0}})")), Code::Missing, "n")) << szBegin;
+        t.run("ALTER TABLE @ RENAME COLUMN m TO n");
+        EXPECT_TRUE(done(*t, t->recCount(json(R"({"n": 1})")), 1)) << szBegin;
+        t.run("ROLLBACK");
+    }
 }
 
 TEST(TableStatements, OfAnotherConnectionsSchemaChangeAreMadeAnew)
@@ -355,6 +398,8 @@ struct Called
 void callTable(sqlite3_context* pContext, int, sqlite3_value**)
 {
     auto* const pCalled = static_cast<Called*>(sqlite3_user_data(pContext));
+    vorn::Transaction transaction(sqlite3_context_db_handle(pContext));
+    EXPECT_TRUE(failed(transaction.status(), transaction.isOpen() ? 0 : -1, Code::Misuse));
     pCalled->nResult = pCalled->call(**pCalled->pTable);
     pCalled->status = (*pCalled->pTable)->status();
     sqlite3_result_int(pContext, 1);
@@ -405,7 +450,21 @@ TEST(TableStatements, InATriggersFunctionReadAndWriteByOneStatementOrAreMisuse)
              return t.recSave(j, false);
          },
          false},
-        {"transaction", [](vorn::Table&) { return 0LL; }, true},
+        {"create alone", [](vorn::Table& t) { return t.recCreate(json(R"({"n": 60})")); }, true},
+        {"run a query",
+         [](vorn::Table& t)
+         {
+             Json::Value jOut;
+             return t.runSql("SELECT 1", Json::Value(), jOut);
+         },
+         true},
+        {"run a change",
+         [](vorn::Table& t)
+         {
+             Json::Value jOut;
+             return t.runSql("INSERT INTO changed VALUES (1)", Json::Value(), jOut);
+         },
+         false},
     };
     for (const Inner& inner : inners)
         for (const char* szOuter : {"", "BEGIN"})
@@ -416,7 +475,9 @@ TEST(TableStatements, InATriggersFunctionReadAndWriteByOneStatementOrAreMisuse)
             Called called{&t, inner.call, -2, {}};
             sqlite3_create_function_v2(t.handle(), "call_table", 0, SQLITE_UTF8, &called, callTable, nullptr, nullptr,
                                        nullptr);
-            t.run("CREATE TABLE @h (x); CREATE TRIGGER @t AFTER INSERT ON @h BEGIN SELECT call_table(); END");
+            t.run(
+                "CREATE TABLE changed (x); CREATE TABLE @h (x); CREATE TRIGGER @t AFTER INSERT ON @h BEGIN SELECT "
+                "call_table(); END");
             if (*szOuter != '\0')
                 t.run(szOuter);
             t.run("INSERT INTO @h VALUES ('host')");
@@ -424,7 +485,7 @@ TEST(TableStatements, InATriggersFunctionReadAndWriteByOneStatementOrAreMisuse)
                 EXPECT_LE(0, called.nResult) << describe(called.status);
             else
                 EXPECT_TRUE(failed(called.status, called.nResult, Code::Misuse));
-            EXPECT_EQ(Texts{"host"}, t.rows("SELECT * FROM @h"));
+            EXPECT_EQ(Texts{"host"}, t.rows("SELECT * FROM @h UNION ALL SELECT * FROM changed"));
             EXPECT_EQ(*szOuter == '\0', sqlite3_get_autocommit(t.handle()) != 0);
             EXPECT_EQ(0, busyStatements(t.handle()));
         }

@@ -64,6 +64,10 @@ TEST(TableCreateRecord, ReadsBackWhatTriggersAndTheTableMadeOfIt)
          "CREATE TRIGGER @t AFTER INSERT ON @ BEGIN INSERT INTO @l VALUES (new.name); UPDATE @ SET u = 'u' WHERE id = "
          "new.id; END",
          R"({"n": 1, "name": "x"})", R"({"id": 1, "n": 1, "name": "x", "u": "u"})"},
+        {"CREATE TABLE @ (id INTEGER PRIMARY KEY, n INT, name TEXT, u TEXT); CREATE TABLE @l (x);"
+         "CREATE TRIGGER @o AFTER INSERT ON @l BEGIN SELECT 1; END;"
+         "CREATE TEMP TRIGGER @t AFTER INSERT ON @ BEGIN UPDATE @ SET u = 'u' WHERE id = new.id; END",
+         R"({"n": 1, "name": "x"})", R"({"id": 1, "n": 1, "name": "x", "u": "u"})"},
         {"CREATE TABLE @ (id INTEGER PRIMARY KEY, n INT, name TEXT COLLATE NOCASE, u TEXT);"
          "CREATE TRIGGER @t BEFORE INSERT ON @ WHEN new.name <> 'extra' BEGIN INSERT INTO @ (name) VALUES ('extra'); "
          "END",
@@ -178,6 +182,11 @@ TEST(TableCreateRecord, NamesTheConstraintAndTheMemberThatRefused)
         {"CREATE TABLE @ (id INTEGER PRIMARY KEY, n INT, u TEXT, UNIQUE (u, n))", R"({"u": "zq7x", "n": 48271})",
          Code::Duplicate, "u"},
         {"CREATE TABLE @ (id INTEGER PRIMARY KEY, n INT NOT NULL, u TEXT)", R"({"id": 2})", Code::Constraint, "n"},
+        {"CREATE TABLE @ (id INTEGER PRIMARY KEY, n INT, u TEXT, un AS (CASE id WHEN 2 THEN NULL ELSE 1 END) NOT NULL)",
+         R"({"id": 2})", Code::Constraint, ""},
+        {"CREATE TABLE @ (id INTEGER PRIMARY KEY, n INT, u TEXT); CREATE TABLE @o (x INT) STRICT;"
+         "CREATE TRIGGER @t AFTER INSERT ON @ WHEN new.n = 5 BEGIN INSERT INTO @o VALUES ('zq7x'); END",
+         R"({"n": 5})", Code::Constraint, ""},
         {"CREATE TABLE @ (id INTEGER PRIMARY KEY, n INT CHECK (n <> 5), u TEXT)", R"({"n": 5})", Code::Constraint, ""},
         {"CREATE TABLE @ (id INTEGER PRIMARY KEY, n INT, u TEXT REFERENCES @p (u)); CREATE TABLE @p (u TEXT UNIQUE); "
          "INSERT INTO @p VALUES ('zq7x')",
@@ -210,7 +219,7 @@ TEST(TableCreateRecord, NamesTheConstraintAndTheMemberThatRefused)
         EXPECT_TRUE(failed(*t, t->recCreateAll(jAll), one.code, one.szMember));
         EXPECT_EQ(1, t->status().index);
         EXPECT_EQ(Json::Value("before"), jOut);
-        EXPECT_EQ(Texts{"1|48271|zq7x"}, t.rows());
+        EXPECT_EQ(Texts{"1|48271|zq7x"}, t.rows("SELECT id, n, u FROM @"));
         EXPECT_TRUE(done(*t, t->recCount(Json::Value()), 1)) << "and the message does not stick";
     }
 }
@@ -247,6 +256,43 @@ TEST(TableSave, WithoutCreateSetsTheGivenMembersOfARecordThatExistsAndInsertsAno
     }
 }
 
+TEST(TableSave, OfARecordThatExistsIsNotDoneWhereTheTableIgnoresIt)
+{
+    struct Case
+    {
+        const char* szCreate;
+        Code code;
+        const char* szMember;
+    };
+    const Case cases[] = {
+        {"CREATE TABLE @ (id INTEGER PRIMARY KEY, n INT, u TEXT UNIQUE ON CONFLICT IGNORE)", Code::Duplicate, "u"},
+        {"CREATE TABLE @ (id INT PRIMARY KEY, n INT, u TEXT UNIQUE ON CONFLICT IGNORE) WITHOUT ROWID", Code::Duplicate,
+         "u"},
+        {"CREATE TABLE @ (id INTEGER PRIMARY KEY, n INT NOT NULL ON CONFLICT IGNORE, u TEXT)", Code::Constraint, "n"},
+        {"CREATE TABLE @ (id INTEGER PRIMARY KEY, n INT, u TEXT); CREATE TRIGGER @t BEFORE UPDATE ON @ BEGIN SELECT "
+         "RAISE(IGNORE); END",
+         Code::Constraint, ""},
+        {"CREATE TABLE @ (id INTEGER PRIMARY KEY, n INT, u TEXT); CREATE TRIGGER @t AFTER UPDATE ON @ BEGIN DELETE "
+         "FROM @ WHERE id = new.id; END",
+         Code::Constraint, ""},
+    };
+    for (const Case& one : cases)
+        for (const char* szOuter : {"", "BEGIN"})
+        {
+            SCOPED_TRACE(one.szCreate);
+            TestTable t(R"({"id": {"cpptype": "int"}, "n": {"cpptype": "int"}, "u": {"cpptype": "string"}})",
+                        one.szCreate);
+            EXPECT_EQ(2, t->recCreateAll(json(R"([{"id": 1, "n": 1, "u": "zq7x"}, {"id": 2, "n": 2, "u": "y"}])")));
+            t.run(szOuter);
+            const Json::Value jRecord = json(R"({"id": 2, "n": null, "u": "zq7x"})");
+            Json::Value jInOut = jRecord;
+            EXPECT_TRUE(failed(*t, t->recSave(jInOut, false), one.code, one.szMember));
+            EXPECT_EQ(jRecord, jInOut);
+            EXPECT_EQ((Texts{"1|1|zq7x", "2|2|y"}), t.rows());
+            EXPECT_EQ(*szOuter == '\0', sqlite3_get_autocommit(t.handle()) != 0);
+        }
+}
+
 TEST(TableSave, KnowsTheTablesOwnKey)
 {
     const char* const szMembers = R"({"a": {"cpptype": "int"}, "b": {"cpptype": "string"}, "n": {"cpptype": "int"}})";
@@ -272,13 +318,23 @@ TEST(TableSave, KnowsTheTablesOwnKey)
         }
         EXPECT_EQ(1, t->recCount(Json::Value()));
     }
-    TestTable none(szMembers, "CREATE TABLE @ (a INT UNIQUE, b TEXT, n INT)");
+    const std::pair<const char*, const char*> others[] = {
+        {"CREATE TABLE @ (a INT UNIQUE, b TEXT, n INT)", ""},
+        {"CREATE TABLE @ (id TEXT PRIMARY KEY, a INT, b TEXT, n INT)", ""},
+        {"CREATE TABLE @ (a INT, b TEXT, n INTEGER PRIMARY KEY DESC)", "n"},  // is not the rowid
+        {"CREATE TABLE @ (a INT, b TEXT, n INTEGER PRIMARY KEY) WITHOUT ROWID", "n"},
+    };
+    for (const auto& [szCreate, szMember] : others)
+    {
+        SCOPED_TRACE(szCreate);
+        TestTable t(szMembers, szCreate);
+        Json::Value jRecord = json(R"({"a": 1})");
+        EXPECT_TRUE(failed(*t, t->recSave(jRecord, false), Code::BadRequest, szMember));
+    }
+    TestTable undeclared(szMembers, "CREATE TABLE @ (id INTEGER PRIMARY KEY, a INT, b TEXT, n INT)");
     Json::Value jRecord = json(R"({"a": 1})");
-    EXPECT_EQ(-1, none->recSave(jRecord, false));
-    EXPECT_EQ(Code::BadRequest, none->status().code) << describe(none->status());
-    TestTable otherKey(szMembers, "CREATE TABLE @ (id TEXT PRIMARY KEY, a INT, b TEXT, n INT)");
-    EXPECT_EQ(-1, otherKey->recSave(jRecord, false));
-    EXPECT_EQ(Code::BadRequest, otherKey->status().code) << describe(otherKey->status());
+    EXPECT_TRUE(done(*undeclared, undeclared->recSave(jRecord, false))) << "the key is the rowid";
+    EXPECT_EQ(Texts{"1|1|NULL|NULL"}, undeclared.rows());
 }
 
 TEST(TableSave, KeepsUniqueMembersOfOthers)
@@ -295,6 +351,44 @@ TEST(TableSave, KeepsUniqueMembersOfOthers)
     Json::Value jRecord = json(R"({"id": 2, "name": null})");
     EXPECT_TRUE(failed(*t, t->recSave(jRecord, false), Code::Constraint, "name"));
     EXPECT_EQ((Texts{"1|7|a|zq7x", "2|7|b|y"}), t.rows());
+}
+
+TEST(TableCreateRecord, NeedsARequiredMemberUnlessADefaultOrTheColumnGivesIt)
+{
+    struct Case
+    {
+        const char* szColumn;
+        const char* szEntry;  // of the definition
+        bool blCreate;
+        bool blSave;  // without the definition's defaults
+    };
+    const Case cases[] = {
+        {"r INT", "", false, false},
+        {"r INT DEFAULT NULL", "", false, false},
+        {"r INT NOT NULL DEFAULT 5", "", true, true},
+        {"r INT AS (5)", "", true, true},
+        {"r INT AS (5) STORED", "", true, true},
+        {"r INT", R"(, "cppDefaultValue": 5)", true, false},
+        {"r INT DEFAULT 5", R"(, "cppDefaultValue": null)", false, true},
+    };
+    for (const Case& one : cases)
+        for (const char* szFlag : {"required", "key"})
+        {
+            SCOPED_TRACE(std::string(one.szColumn) + one.szEntry + szFlag);
+            TestTable t(R"({"a": {"cpptype": "int"}, "r": {"cpptype": "int", ")" + std::string(szFlag) + "\": true" +
+                            one.szEntry + "}}",
+                        std::string("CREATE TABLE @ (a INT, ") + one.szColumn + ")");
+            const auto expect = [&](long long nResult, bool blDone)
+            { EXPECT_TRUE(blDone ? done(*t, nResult) : failed(*t, nResult, Code::Constraint, "r")); };
+            Json::Value jRecord = json(R"({"a": 1})"), jOut;
+            expect(t->recCreate(jRecord), one.blCreate);
+            expect(t->recCreate(jRecord, jOut), one.blCreate);
+            expect(t->recSave(jRecord, true), one.blSave);
+            for (const std::string& strRow : t.rows())
+                EXPECT_EQ("1|5", strRow);
+            jRecord = json(R"({"a": 1, "r": null})");
+            expect(t->recCreate(jRecord), false);
+        }
 }
 
 TEST(TableCreateAll, StoresAllOrNoneAndNamesTheRecordThatIsToBlame)
@@ -439,6 +533,54 @@ TEST(TableDelete, TakesTheRowsThatAreMeantAndNoOthers)
     refill();
     EXPECT_TRUE(done(*t, t->recDeleteAll(), 5));
     EXPECT_TRUE(done(*t, t->recDeleteAll(), 0));
+}
+
+TEST(TableDelete, ByTextsReadsThemByTheMembersType)
+{
+    struct Case
+    {
+        const char* szType;
+        const char* szStored;
+        Texts same;  // texts that mean what is stored
+        Texts bad;
+        Texts beyond;
+    };
+    const Case cases[] = {
+        {"int", "-5", {"-5"}, {"", "zq7x", "05", "5.0", " 5", "-", "4827100000000"}, {}},
+        {"unsigned long", "5", {"5"}, {"-5"}, {}},
+        {"bool", "true", {"1"}, {"true", "2", ""}, {}},
+        {"double", "-0.5", {"-0.5", "-5e-1", "-0.50"}, {"", ".5", "zq7x", "1e999"}, {}},
+        {"float", "0.5", {"0.5"}, {"NaN"}, {"4.8271e300"}},
+        {"Json::objectValue", R"({"a":1})", {R"({"a":1})", R"( {"a" : 1})"}, {"[]", "{", "null", "zq7x"}, {}},
+        {"Json::arrayValue", "[1]", {"[1]"}, {"{}", "1"}, {}},
+        {"Json::Value", R"("x")", {R"("x")"}, {"x", "null", ""}, {}},
+    };
+    for (const Case& one : cases)
+    {
+        TestTable t(R"({"m": {"cpptype": ")" + std::string(one.szType) + "\"}}");
+        const auto fill = [&] { t.create(R"({"m": )" + std::string(one.szStored) + "}"); };
+        const auto refused = [&](const std::string& strText, Code code)
+        {
+            SCOPED_TRACE(std::string(one.szType) + " " + strText);
+            EXPECT_TRUE(failed(*t, t->recDeleteByName(strText, "m"), code, "m"));
+            EXPECT_TRUE(failed(*t, t->recDeleteByArray({one.same.front(), strText}, "m"), code, "m"));
+            EXPECT_EQ(1, t->recCount(Json::Value()));
+        };
+        for (const std::string& strText : one.same)
+        {
+            SCOPED_TRACE(std::string(one.szType) + " " + strText);
+            fill();
+            EXPECT_TRUE(done(*t, t->recDeleteByName(strText, "m"), 1));
+            fill();
+            fill();
+            EXPECT_TRUE(done(*t, t->recDeleteByArray({strText, strText, one.same.front()}, "m"), 2));
+        }
+        fill();
+        for (const std::string& strText : one.bad)
+            refused(strText, Code::BadType);
+        for (const std::string& strText : one.beyond)
+            refused(strText, Code::OutOfRange);
+    }
 }
 
 TEST(TableUpdate, AndDeletesCountFewerRowsWhereATriggerIgnoresSome)
