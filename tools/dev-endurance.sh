@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# lets one process work for long and shows what it holds; before, the table's trials at full size: [--arm] [operations: 1000000, or 50000 with --arm]
+# lets processes work for long, kills some, and shows what they hold; before, the table's trials at full size: [--arm] [operations: 1000000, or 50000 with --arm]
 . "$(dirname "$0")/common.sh"
 
 arm=
@@ -31,5 +31,13 @@ else
     done
 fi
 
-compile "$folder" test_long_life
-VORN_TEST_OPERATIONS=${1:-$operations} "${run[@]}" "$folder/tests/test_long_life" --gtest_brief=1
+compile "$folder" test_long_life test_device_life test_table_bulk test_table_upgrade
+operations=${1:-$operations}
+run_test() { # TEST [FILTER]
+    "${run[@]}" "$folder/tests/$1" --gtest_brief=1 --gtest_filter="${2:-*}"
+}
+VORN_TEST_OPERATIONS=$operations run_test test_long_life
+VORN_TEST_OPERATIONS=$operations run_test test_device_life '*/wal'
+VORN_TEST_OPERATIONS=$((operations / 10)) run_test test_device_life '*/delete' # waits for its reader all the time
+VORN_TEST_ROWS=$operations run_test test_table_bulk '*.HoldsNoMore*'
+VORN_TEST_ROWS=$operations run_test test_table_upgrade '*.Costs*'
