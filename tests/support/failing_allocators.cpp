@@ -121,6 +121,13 @@ void* operator new(std::size_t size)
     return newState.taken(pointer, malloc_usable_size(pointer));
 }
 
+// A sanitizer's own would not call the one above.
+void* operator new(std::size_t size, const std::nothrow_t&) noexcept
+{
+    void* const pointer = newState.fails() ? nullptr : std::malloc(size > 0 ? size : 1);
+    return newState.taken(pointer, malloc_usable_size(pointer));
+}
+
 void operator delete(void* pointer) noexcept
 {
     newState.released(pointer, malloc_usable_size(pointer));
