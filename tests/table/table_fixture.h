@@ -78,6 +78,7 @@ public:
     vorn::Table* operator->() { return m_pTable.get(); }
     vorn::Table& operator*() { return *m_pTable; }
     Database& db() { return *m_pDatabase; }
+    const std::shared_ptr<Database>& database() const { return m_pDatabase; }
     sqlite3* handle() { return m_pDatabase->handle(); }
     const std::string& name() const { return m_strName; }
     const Json::Value& definition() const { return m_jTableDef; }

@@ -260,7 +260,7 @@ std::string complementOf(const std::string& strIds)
     return strOthers;
 }
 
-// The same filter with every list repeated many times over, and every filter of its first list of filters.
+// The same filter with every list repeated many times over, and the filters of its first list of filters.
 Json::Value stretched(const Json::Value& jFilter, bool blList = false, bool blFirst = true)
 {
     constexpr int kFilters = 17;
@@ -276,8 +276,11 @@ Json::Value stretched(const Json::Value& jFilter, bool blList = false, bool blFi
             {
                 Json::Value jInners;
                 for (const Json::Value& jInner : *it)
-                    for (int i = 0; i < (blFirst ? kFilters : 1); ++i)
+                {
+                    const int iTimes = !blFirst ? 1 : jInners.empty() && it->size() > 1 ? 3 : kFilters;
+                    for (int i = 0; i < iTimes; ++i)
                         jInners.append(stretched(jInner, false, false));
+                }
                 *it = jInners;
             }
             else if (strName == "$not")

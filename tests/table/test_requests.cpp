@@ -208,6 +208,17 @@ TEST(Requests, MistakesNameWhatIsWrong)
             expectMistake(jFilter, c);
         }
     }
+    for (const Case& c : std::vector<Case>{{"5", "BadRequest $or"},
+                                           {R"({"limit":1})", "BadRequest limit"},
+                                           {R"({"$offset":1})", "BadRequest $offset"},
+                                           {R"({"vornSqlWhereParams":1})", "BadRequest vornSqlWhereParams"}})
+        for (const char* szFirst : {R"({"n":1})", c.szRequest})
+        {
+            Json::Value jFilter;
+            for (int i = 0; i < 20; ++i)
+                jFilter["$or"].append(json(i < 18 ? szFirst : c.szRequest));
+            expectMistake(jFilter, c);
+        }
     Json::Value jRows;
     for (const char* szFields : {"null", "[]", "\"n\"", "[5]"})
     {
@@ -330,7 +341,7 @@ TEST(Requests, WithoutSqlitesJsonFunctionsPathsAndVeryLongListsSayWhatIsMissing)
 
 TEST(Requests, APrefixIsExactWhateverTheColumnCollatesBy)
 {
-    FilterTable table("s:string", "t", "CREATE TABLE t (id INTEGER PRIMARY KEY, s TEXT COLLATE NOCASE)");
+    FilterTable table("s:string n:int", "t", "CREATE TABLE t (id INTEGER PRIMARY KEY, s TEXT COLLATE NOCASE, n INT)");
     table.add(json(R"({"id":1,"s":"AZ1"})"));
     table.add(json(R"({"id":2,"s":"az2"})"));
     table.add(json(R"({"id":3,"s":"AZ"})"));
@@ -340,6 +351,9 @@ TEST(Requests, APrefixIsExactWhateverTheColumnCollatesBy)
                          {R"({"s":{"$beginsWith":"AZ"}})", "1 3"},
                          {R"({"s":{"$beginsWith":"a"}})", "2"},
                          {R"({"s":"az"})", "3"},
+                         {R"({"s":["AZ1","AZ2"]})", "1 2"},
+                         {R"({"s":{"$gte":"Az2"},"n":null})", "2 5"},
+                         {R"({"s":{"$lte":"aZ2","$ne":"Az"},"sort_by":"s"})", "4 1 2"},
                          {R"({"s":{"$beginsWith":"\udbff\udfff"}})", "5"},
                      });
 }

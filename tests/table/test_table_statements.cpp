@@ -299,6 +299,32 @@ TEST(TableStatements, PickUpWhatOthersDoToTheSchema)
     EXPECT_EQ(json(R"({"id": 7, "n": 1})"), jSave);
 }
 
+TEST(TableStatements, GiveTheSameWhateverTheHostsPragmasAre)
+{
+    for (const char* szPragma : {"count_changes = 1", "short_column_names = 0", "full_column_names = 1",
+                                 "empty_result_callbacks = 1", "recursive_triggers = 1", "case_sensitive_like = 1",
+                                 "reverse_unordered_selects = 1", "automatic_index = 0", "cell_size_check = 1"})
+        for (const char* szOptions : {"", " WITHOUT ROWID"})
+        {
+            SCOPED_TRACE(std::string(szPragma) + szOptions);
+            TestTable t(kMembers, "CREATE TABLE @ (id INT PRIMARY KEY, name TEXT, n INT)" + std::string(szOptions));
+            t.run("PRAGMA " + std::string(szPragma));
+            Json::Value jOut, jRows;
+            EXPECT_TRUE(done(*t, t->recCreate(json(R"({"id": 1, "name": "a"})"), jOut)));
+            EXPECT_EQ(json(R"({"id": 1, "name": "a", "n": 0})"), jOut);
+            EXPECT_TRUE(done(*t, t->recCreateAll(json(R"([{"id": 2}, {"id": 3}])")), 2));
+            jOut = json(R"({"id": 2, "n": 5})");
+            EXPECT_TRUE(done(*t, t->recSave(jOut, false)));
+            EXPECT_TRUE(done(*t, t->recUpdateByFilter(json(R"({"id": {"$gt": 1}})"), json(R"({"name": "b"})")), 2));
+            EXPECT_TRUE(done(*t, t->runSql(t.sql("UPDATE @ SET n = 6 WHERE id = 3"), Json::Value(), jRows), 1));
+            EXPECT_TRUE(done(*t, t->recDelete(json(R"({"n": 5})")), 1));
+            EXPECT_EQ(json(R"([{"id": 1, "name": "a", "n": 0}, {"id": 3, "name": "b", "n": 6}])"),
+                      t.list(R"({"sort_by": "id"})"));
+            EXPECT_TRUE(done(*t, t->tableUpgrade()));
+            EXPECT_TRUE(done(*t, t->tableCheck(jOut, true)));
+        }
+}
+
 TEST(TableStatements, OfANewShapeSeeTheConnectionsOwnSchemaChangeInsideATransaction)
 {
     for (const char* szBegin : {"BEGIN", "BEGIN IMMEDIATE", "BEGIN; SELECT * FROM sqlite_master"})

@@ -321,7 +321,7 @@ TEST(TableSave, KnowsTheTablesOwnKey)
     const std::pair<const char*, const char*> others[] = {
         {"CREATE TABLE @ (a INT UNIQUE, b TEXT, n INT)", ""},
         {"CREATE TABLE @ (id TEXT PRIMARY KEY, a INT, b TEXT, n INT)", ""},
-        {"CREATE TABLE @ (a INT, b TEXT, n INTEGER PRIMARY KEY DESC)", "n"},  // is not the rowid
+        {"CREATE TABLE @ (a INT, b TEXT UNIQUE, n INTEGER PRIMARY KEY DESC, z UNIQUE)", "n"},  // is not the rowid
         {"CREATE TABLE @ (a INT, b TEXT, n INTEGER PRIMARY KEY) WITHOUT ROWID", "n"},
     };
     for (const auto& [szCreate, szMember] : others)
@@ -412,7 +412,10 @@ TEST(TableCreateAll, StoresAllOrNoneAndNamesTheRecordThatIsToBlame)
         {R"([{"name": "a"}, {"name": "b", "n": 482710000000}])", Code::OutOfRange, "n", 1},
         {R"([{"name": "a", "u": "zq7x"}, {"name": "b"}, {"name": "c", "u": "zq7x"}])", Code::Duplicate, "u", 2},
         {R"([{"name": "a", "id": 1}, {"name": "zq7x", "id": 1}])", Code::Duplicate, "id", 1},
-        // All records are checked before the first is stored: the type comes before the duplicate.
+        // All records are checked before the first is stored: the type comes before what is required, and that before
+        // the duplicate.
+        {R"([{"n": 1}, {"name": 48271}])", Code::BadType, "name", 1},
+        {R"([{"name": "a", "id": 1}, {"name": "b", "id": 1}, {"n": 1}])", Code::Constraint, "name", 2},
         {R"([{"name": "a", "id": 1}, {"name": "b", "id": 1}, {"name": 48271}])", Code::BadType, "name", 2},
     };
     for (const Case& one : cases)
