@@ -45,7 +45,8 @@ public:
     virtual std::size_t remove(std::size_t /* i */) { return cannot(); }
     virtual std::size_t filter(std::size_t /* window */) { return cannot(); }  // four conditions that give a page
     virtual std::size_t count(std::size_t /* window */) { return cannot(); }   // of the enabled rows
-    virtual std::size_t createAll(std::size_t /* i */) { return cannot(); }    // an array, in a transaction of its own
+    virtual std::size_t count(const Json::Value& /* jFilter */) { return cannot(); }
+    virtual std::size_t createAll(std::size_t /* i */) { return cannot(); }  // an array, in a transaction of its own
     virtual std::size_t forEach(const Visit&) { return cannot(); }
 
     // What was read last: an array of records after those that give many, one record after create() and fetch(). Making

@@ -122,6 +122,11 @@ Shape wideShape(std::size_t members)
 
 using OpenWide = std::unique_ptr<Contestant> (*)(const std::string& strPath, const Shape& shape);
 
+OpenWide openWide(const std::string& strContestant)
+{
+    return strContestant == "library" ? openLibrary : strContestant == "table" ? openTable : openHandWrittenWide;
+}
+
 // Creates records of a wide table and lists them, in batches of as many records as hold about kBatchMembers members. A
 // cost's records are members here.
 class Wide
@@ -146,6 +151,19 @@ public:
     {
         runSql(m_contestant->connection(), "DELETE FROM " + m_shape.strTable);
         return measured([this] { return createAll(); });
+    }
+
+    // The same record again and again, so many times.
+    Cost createOften(std::size_t count)
+    {
+        return measured(
+            [&]
+            {
+                for (std::size_t i = 0; i < count; ++i)
+                    m_contestant->create(0);
+                m_contestant->clear();
+                return count * m_members;
+            });
     }
 
     // After create().
@@ -196,23 +214,60 @@ private:
 Rounds byMembers(Cost (Wide::*work)())
 {
     std::vector<Lane> lanes;
-    const auto enterWide = [&](const std::string& strId, OpenWide open)
+    for (const ContestantKind& kind : wideKinds())
     {
-        enter(lanes, strId, kGrowthMembers,
+        enter(lanes, kind.strId, kGrowthMembers,
               [&](std::size_t members)
               {
-                  auto table = std::make_shared<Wide>(members, open);
+                  auto table = std::make_shared<Wide>(members, openWide(kind.strId));
                   table->prove();
                   table->create();
                   return [table, work] { return (table.get()->*work)(); };
               });
-    };
-    enterWide("library", openLibrary);
-    enterWide("percall", openHandWrittenWide);
+    }
     return Rounds(std::move(lanes));
 }
 
+// Counts by a filter of that size in an empty table, where the filter is all the work.
+Cost countBySized(const std::string& strWork, const std::string& strContestant, std::size_t size, std::size_t count)
+{
+    const std::unique_ptr<Contestant> contestant = contestantKind(strContestant).open(":memory:");
+    Json::Value jFilter;
+    for (std::size_t i = 0; i < size; ++i)
+    {
+        if (strWork == "values")
+            jFilter[kKey].append(keyOf(i));
+        else
+            jFilter["$or"][static_cast<Json::ArrayIndex>(i)][kKey] = keyOf(i);
+    }
+    return measured(
+        [&]
+        {
+            for (std::size_t i = 0; i < count; ++i)
+                contestant->count(jFilter);
+            return count * size;
+        });
+}
+
 }  // namespace
+
+const std::vector<ContestantKind>& wideKinds()
+{
+    static const std::vector<ContestantKind> kinds{contestantKind("library"), contestantKind("table"),
+                                                   contestantKind("percall")};
+    return kinds;
+}
+
+bool isSized(const std::string& strWork)
+{
+    return strWork == "members" || strWork == "values" || strWork == "filters";
+}
+
+Cost runSized(const std::string& strWork, const std::string& strContestant, std::size_t size, std::size_t count)
+{
+    return strWork == "members" ? Wide(size, openWide(strContestant)).createOften(count)
+                                : countBySized(strWork, strContestant, size, count);
+}
 
 Rounds createByMembers()
 {

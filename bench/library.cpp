@@ -136,8 +136,10 @@ public:
         jFilter["enabled"] = true;
         jFilter[kKey]["$gte"] = wanted.strFrom;
         jFilter[kKey]["$lt"] = wanted.strTo;
-        return check(api().recCount(jFilter));
+        return count(jFilter);
     }
+
+    std::size_t count(const Json::Value& jFilter) override { return check(api().recCount(jFilter)); }
 
     std::size_t createAll(std::size_t i) override { return check(api().recCreateAll(input().arrays[i])); }
 

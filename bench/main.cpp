@@ -7,6 +7,7 @@
 #include <cstdio>
 #include <exception>
 
+#include "growth.h"
 #include "report.h"
 #include "work.h"
 
@@ -18,10 +19,15 @@ namespace
 void runOnly(const std::string& strWork, const std::string& strContestant, const bench::Setting& setting,
              std::size_t count)
 {
-    const bench::Work& work = bench::work(strWork);
-    bench::Place place(bench::contestantKind(strContestant), setting);
-    place.prepare(work, work.isWhole() ? 4 : 1000);  // always the same, so that it falls out
-    const bench::Cost cost = place.runOnce(count);
+    const auto inTable = [&]
+    {
+        const bench::Work& work = bench::work(strWork);
+        bench::Place place(bench::contestantKind(strContestant), setting);
+        place.prepare(work, work.isWhole() ? 4 : 1000);  // always the same, so that it falls out
+        return place.runOnce(count);
+    };
+    const bench::Cost cost =
+        bench::isSized(strWork) ? bench::runSized(strWork, strContestant, setting.rows, count) : inTable();
     std::printf("records %zu allocations %zu\n", cost.records, cost.allocations);
 }
 
@@ -38,7 +44,9 @@ try
     CLI::App app("Measures the library beside hand-written code and other libraries, all at the same work.");
     CLI::Option* const pOnly = app.add_option("--only", only, "WORK CONTESTANT: one batch, nothing else")->expected(2);
     app.add_option("--count", count, "operations of --only")->check(CLI::Range(1, 1000))->needs(pOnly);
-    app.add_option("--rows", setting.rows, "rows of its table")->check(CLI::Range(500, 1000000))->needs(pOnly);
+    app.add_option("--rows", setting.rows, "rows of its table, or the work's size")
+        ->check(CLI::Range(1, 1000000))
+        ->needs(pOnly);
     app.add_flag("--file", setting.blFile, "on a file (WAL, synchronous OFF) instead of in memory")->needs(pOnly);
     app.add_flag("--transaction", setting.blTransaction, "the batch inside one transaction")->needs(pOnly);
     app.add_flag("--quick", options.blQuick, "short batches, in memory with autocommit only")->excludes(pOnly);

@@ -165,7 +165,7 @@ private:
                             rows.ratio(lane("library", 100000), lane("library", 1000)),
                             many && few ? std::optional<double>(*many / *few) : std::nullopt, time(1.35), time(1.25)});
 
-        const std::vector<ContestantKind> kinds{contestantKind("library"), contestantKind("percall")};
+        const std::vector<ContestantKind>& kinds = wideKinds();
         const Rounds creates = createByMembers();
         growthTable("members: create and get back, ns/member", creates, kinds, kGrowthMembers, "members",
                     "growth-members-create.tsv");

@@ -2,6 +2,7 @@
 # SPDX-License-Identifier: MIT
 # Counts what one record of one work costs one contestant of the benchmark: PROGRAM WORK CONTESTANT [ROWS [OPTION...]]
 #
+# ROWS is the size of work that has one, and is then part of the printed name, as it is where the table is large.
 # Prints "WORK CONTESTANT INSTRUCTIONS ALLOCATIONS", both per record, with the options joined to the work's name. Two runs
 # that differ in the number of operations alone are subtracted, so that everything else falls out. VORN_COUNTER is the
 # command that counts, if not callgrind.
@@ -9,7 +10,10 @@ set -euo pipefail
 
 program=$1 work=$2 contestant=$3 rows=${4:-1000}
 options=("${@:5}")
+label=$work
+[ "$rows" -lt 100000 ] || label=$work@$rows
 case $work in
+members | values | filters) fewer=2 more=12 label=$work@$rows ;;
 list | bulk | foreach) if [ "$rows" -lt 100000 ]; then fewer=2 more=4; else fewer=1 more=2; fi ;;
 page | sorted | filter) fewer=10 more=60 ;;
 *) fewer=100 more=400 ;;
@@ -33,7 +37,7 @@ run()
 
 few=$(run "$fewer")
 many=$(run "$more")
-awk -v work="$work$(printf '%s' "${options[@]}")" -v contestant="$contestant" -v few="$few" -v many="$many" 'BEGIN {
+awk -v work="$label$(printf '%s' "${options[@]}")" -v contestant="$contestant" -v few="$few" -v many="$many" 'BEGIN {
     split(few, a)
     split(many, b)
     records = b[1] - a[1]
