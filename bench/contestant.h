@@ -93,18 +93,38 @@ private:
     Input* m_pInput = nullptr;
 };
 
+// The works, those first that everyone does.
+enum class WorkKind
+{
+    List,
+    Page,
+    Create,
+    Fetch,
+    Update,
+    Delete,
+    Sorted,
+    Filter,
+    Count,
+    Bulk,
+    ForEach
+};
+
 // How a contestant is made: on the database at a path, or ":memory:".
 struct ContestantKind
 {
     std::string strId;  // for the command line
     std::string strName;
     std::function<std::unique_ptr<Contestant>(const std::string& strPath)> open;
-    bool blAllWorks = true;      // false: only the six
-    bool blMakesRecords = true;  // false: the floor, which only runs the statements
+    WorkKind last = WorkKind::ForEach;  // it does the works up to this one
+    bool blMakesRecords = true;         // false: the floor, which only runs the statements
+
+    bool does(WorkKind work) const { return work <= last; }
 };
 
-// All that this program was built with.
+// All that this program was built with; and the other libraries with statements that are kept, which is of interest
+// where one record is worked with.
 const std::vector<ContestantKind>& contestantKinds();
+const std::vector<ContestantKind>& keptPeers();
 const ContestantKind& contestantKind(const std::string& strId);
 
 // The contestants, each in a file of its own.
@@ -114,9 +134,9 @@ std::unique_ptr<Contestant> openHandWrittenPerCall(const std::string& strPath);
 std::unique_ptr<Contestant> openHandWrittenKept(const std::string& strPath);
 std::unique_ptr<Contestant> openHandWrittenExec(const std::string& strPath);
 std::unique_ptr<Contestant> openRaw(const std::string& strPath);
-std::unique_ptr<Contestant> openSqliteCpp(const std::string& strPath);
-std::unique_ptr<Contestant> openSoci(const std::string& strPath);
-std::unique_ptr<Contestant> openPoco(const std::string& strPath);
+std::unique_ptr<Contestant> openSqliteCpp(const std::string& strPath, bool blKept);
+std::unique_ptr<Contestant> openSoci(const std::string& strPath, bool blKept);
+std::unique_ptr<Contestant> openPoco(const std::string& strPath, bool blKept);
 
 // Hand-written code for any table: it can only list() and create().
 std::unique_ptr<Contestant> openHandWrittenWide(const std::string& strPath, const Shape& shape);

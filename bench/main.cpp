@@ -9,6 +9,7 @@
 
 #include "growth.h"
 #include "report.h"
+#include "targets.h"
 #include "work.h"
 
 namespace
@@ -52,9 +53,14 @@ try
     app.add_flag("--quick", options.blQuick, "short batches, in memory with autocommit only")->excludes(pOnly);
     app.add_option("--counts", options.strCounts, "file of instructions per record")->excludes(pOnly);
     app.add_option("--data", options.strDataFolder, "folder for the pictures' data")->excludes(pOnly);
+    bool blTargets = false;
+    app.add_flag("--targets", blTargets, "judges --counts by the targets of vorn::Table, measures nothing")
+        ->excludes(pOnly);
     CLI11_PARSE(app, argc, argv);
 
-    if (only.empty())
+    if (blTargets)
+        bench::printTargets(bench::countedTargets(bench::Counts(options.strCounts)));
+    else if (only.empty())
         bench::report(options);
     else
         runOnly(only[0], only[1], setting, count);

@@ -14,6 +14,7 @@
 
 #include "contestant.h"
 #include "json_columns.h"
+#include "peer_statement.h"
 
 namespace bench
 {
@@ -32,6 +33,7 @@ Poco::Data::Session openSession(const std::string& strPath)
     return Poco::Data::Session("SQLite", strPath);
 }
 
+template <bool blKept>
 class PocoData : public Contestant
 {
 public:
@@ -45,6 +47,9 @@ public:
         m_records = convert(input.records);
         m_changes = convert(input.changes);
         m_keys = input.keys;
+        m_arrays.clear();
+        for (const Json::Value& jRecords : input.arrays)
+            m_arrays.push_back(convert({jRecords.begin(), jRecords.end()}));
     }
 
     std::size_t list() override
@@ -55,62 +60,83 @@ public:
         return readAll(select);
     }
 
-    std::size_t page(std::size_t offset) override
+    std::size_t page(std::size_t offset) override { return pageOf(kSelectPage, offset); }
+
+    std::size_t sorted(std::size_t offset) override { return pageOf(kSelectSorted, offset); }
+
+    std::size_t filter(std::size_t window) override
     {
         clear();
-        int limit = static_cast<int>(kPage);
-        auto first = static_cast<Poco::Int64>(offset);
+        Window& wanted = input().windows[window];
+        Poco::Int64 iBefore = wanted.iBefore;
+        std::string strPattern = kCommentPattern;
         Statement select(m_session);
-        select << kSelectPage, use(limit), use(first);
+        select << kSelectWindow, use(wanted.strFrom), use(wanted.strTo), use(iBefore), use(strPattern);
         return readAll(select);
+    }
+
+    std::size_t count(std::size_t window) override
+    {
+        Window& wanted = input().windows[window];
+        Poco::Int64 iCount = 0;
+        m_session << kCountWindow, into(iCount), use(wanted.strFrom), use(wanted.strTo), now;
+        return static_cast<std::size_t>(iCount);
+    }
+
+    std::size_t createAll(std::size_t i) override
+    {
+        m_session.begin();
+        Statement statement = insertStatement();
+        for (const Poco::JSON::Object::Ptr& record : m_arrays[i])
+            insert(statement, *record);
+        m_session.commit();
+        return m_arrays[i].size();
     }
 
     std::size_t create(std::size_t i) override
     {
         clear();
-        const Poco::JSON::Object& record = *m_records[i];
-        Columns<One> row;
-        row.address = record.getValue<std::string>("address");
-        row.comment = record.getValue<std::string>("comment");
-        row.count = record.getValue<Poco::Int32>("count");
-        row.created = record.getValue<Poco::Int64>("created");
-        row.enabled = record.getValue<bool>("enabled") ? 1 : 0;
-        row.limits = write(*record.getObject("limits"));
-        row.ports = write(*record.getArray("ports"));
-        row.serial = record.getValue<std::string>("serial");
-        m_session << kInsert, use(row.address), use(row.comment), use(row.count), use(row.created), use(row.enabled),
-            use(row.limits), use(row.ports), use(row.serial), now;
-
-        Poco::Int64 id = sqlite3_last_insert_rowid(connection());
-        Statement select(m_session);
-        select << kSelectStored, use(id);
-        return readOne(select);
+        m_insertion.use([this] { return insertStatement(); },
+                        [&](Statement& statement) { insert(statement, *m_records[i]); });
+        m_id = sqlite3_last_insert_rowid(connection());
+        return readOne(m_readBack, kSelectStored, m_id);
     }
 
     std::size_t fetch(std::size_t i) override
     {
         clear();
-        Statement select(m_session);
-        select << kSelectKey, use(m_keys[i]);
-        return readOne(select);
+        m_row.serial = m_keys[i];
+        return readOne(m_fetch, kSelectKey, m_row.serial);
     }
 
     std::size_t update(std::size_t i) override
     {
         const Poco::JSON::Object& record = *m_changes[i];
-        auto strComment = record.getValue<std::string>("comment");
-        auto iCount = record.getValue<Poco::Int32>("count");
-        Poco::Int32 iEnabled = record.getValue<bool>("enabled") ? 1 : 0;
-        Statement update(m_session);
-        update << kUpdate, use(strComment), use(iCount), use(iEnabled), use(m_keys[i]);
-        return update.execute();
+        m_row.comment = record.getValue<std::string>("comment");
+        m_row.count = record.getValue<Poco::Int32>("count");
+        m_row.enabled = record.getValue<bool>("enabled") ? 1 : 0;
+        m_row.serial = m_keys[i];
+        return m_update.use(
+            [this]
+            {
+                Statement update(m_session);
+                update << kUpdate, use(m_row.comment), use(m_row.count), use(m_row.enabled), use(m_row.serial);
+                return update;
+            },
+            [](Statement& update) { return update.execute(); });
     }
 
     std::size_t remove(std::size_t i) override
     {
-        Statement remove(m_session);
-        remove << kDelete, use(m_keys[i]);
-        return remove.execute();
+        m_row.serial = m_keys[i];
+        return m_delete.use(
+            [this]
+            {
+                Statement remove(m_session);
+                remove << kDelete, use(m_row.serial);
+                return remove;
+            },
+            [](Statement& remove) { return remove.execute(); });
     }
 
     Json::Value result() const override
@@ -132,6 +158,8 @@ public:
     }
 
 private:
+    using Kept = PeerStatement<Statement, blKept>;
+
     template <class Value>
     using One = Value;
     template <class Value>
@@ -176,6 +204,37 @@ private:
         return text.str();
     }
 
+    Statement insertStatement()
+    {
+        Statement statement(m_session);
+        statement << kInsert, use(m_row.address), use(m_row.comment), use(m_row.count), use(m_row.created),
+            use(m_row.enabled), use(m_row.limits), use(m_row.ports), use(m_row.serial);
+        return statement;
+    }
+
+    void insert(Statement& statement, const Poco::JSON::Object& record)
+    {
+        m_row.address = record.getValue<std::string>("address");
+        m_row.comment = record.getValue<std::string>("comment");
+        m_row.count = record.getValue<Poco::Int32>("count");
+        m_row.created = record.getValue<Poco::Int64>("created");
+        m_row.enabled = record.getValue<bool>("enabled") ? 1 : 0;
+        m_row.limits = write(*record.getObject("limits"));
+        m_row.ports = write(*record.getArray("ports"));
+        m_row.serial = record.getValue<std::string>("serial");
+        statement.execute();
+    }
+
+    std::size_t pageOf(const char* szSql, std::size_t offset)
+    {
+        clear();
+        int limit = static_cast<int>(kPage);
+        auto first = static_cast<Poco::Int64>(offset);
+        Statement select(m_session);
+        select << szSql, use(limit), use(first);
+        return readAll(select);
+    }
+
     std::size_t readAll(Statement& select)
     {
         Columns<Many> columns;
@@ -186,14 +245,21 @@ private:
         return m_list.size();
     }
 
-    std::size_t readOne(Statement& select)
+    // By a statement with one value, which lives as long as this.
+    template <class Value>
+    std::size_t readOne(Kept& kept, const char* szSql, Value& value)
     {
-        Columns<One> row;
-        intoColumns(select, row);
-        if (select.execute() == 0)
+        const auto make = [&]
+        {
+            Statement select(m_session);
+            select << szSql, use(value);
+            intoColumns(select, m_stored);
+            return select;
+        };
+        if (kept.use(make, [](Statement& select) { return select.execute(); }) == 0)
             return 0;
         m_record = makeRecord(
-            row, [](const auto& column) -> const auto& { return column; });
+            m_stored, [](const auto& column) -> const auto& { return column; });
         return 1;
     }
 
@@ -223,15 +289,26 @@ private:
     std::vector<Poco::JSON::Object::Ptr> m_records;
     std::vector<Poco::JSON::Object::Ptr> m_changes;
     std::vector<std::string> m_keys;
+    std::vector<std::vector<Poco::JSON::Object::Ptr>> m_arrays;
+    Columns<One> m_row;     // what statements take
+    Columns<One> m_stored;  // what they give
+    Poco::Int64 m_id = 0;
+    Kept m_insertion;
+    Kept m_readBack;
+    Kept m_fetch;
+    Kept m_update;
+    Kept m_delete;
     Poco::JSON::Array m_list;
     Poco::JSON::Object::Ptr m_record;
 };
 
 }  // namespace
 
-std::unique_ptr<Contestant> openPoco(const std::string& strPath)
+std::unique_ptr<Contestant> openPoco(const std::string& strPath, bool blKept)
 {
-    return std::make_unique<PocoData>(strPath);
+    if (blKept)
+        return std::make_unique<PocoData<true>>(strPath);
+    return std::make_unique<PocoData<false>>(strPath);
 }
 
 }  // namespace bench

@@ -6,6 +6,7 @@
 
 #include "contestant.h"
 #include "json_columns.h"
+#include "peer_statement.h"
 
 namespace bench
 {
@@ -18,6 +19,10 @@ namespace
 {
 
 constexpr const char* kPageSql = VORN_BENCH_SELECT " LIMIT :limit OFFSET :offset";
+constexpr const char* kSortedSql = VORN_BENCH_SELECT " ORDER BY created DESC LIMIT :limit OFFSET :offset";
+constexpr const char* kWindowSql =
+    VORN_BENCH_SELECT " WHERE serial >= :from AND serial < :to AND created < :before AND comment LIKE :pattern";
+constexpr const char* kCountSql = "SELECT count(*) FROM device WHERE enabled AND serial >= :from AND serial < :to";
 constexpr const char* kInsertSql =
     VORN_BENCH_INSERT "(:address,:comment,:count,:created,:enabled,:limits,:ports,:serial)";
 constexpr const char* kStoredSql = VORN_BENCH_SELECT " WHERE rowid = :id";
@@ -26,6 +31,7 @@ constexpr const char* kUpdateSql =
     "UPDATE device SET comment = :comment, count = :count, enabled = :enabled WHERE serial = :serial";
 constexpr const char* kDeleteSql = "DELETE FROM device WHERE serial = :serial";
 
+template <bool blKept>
 class Soci : public Contestant
 {
 public:
@@ -42,59 +48,92 @@ public:
         return readRows(intoRow(m_session.prepare << kSelect));
     }
 
-    std::size_t page(std::size_t offset) override
+    std::size_t page(std::size_t offset) override { return pageOf(kPageSql, offset); }
+
+    std::size_t sorted(std::size_t offset) override { return pageOf(kSortedSql, offset); }
+
+    std::size_t filter(std::size_t window) override
     {
         clear();
-        const int limit = static_cast<int>(kPage);
-        const auto first = static_cast<long long>(offset);
-        return readRows((intoRow(m_session.prepare << kPageSql), soci::use(limit), soci::use(first)));
+        const Window& wanted = input().windows[window];
+        const long long iBefore = wanted.iBefore;
+        const std::string strPattern = kCommentPattern;
+        return readRows((intoRow(m_session.prepare << kWindowSql), soci::use(wanted.strFrom), soci::use(wanted.strTo),
+                         soci::use(iBefore), soci::use(strPattern)));
+    }
+
+    std::size_t count(std::size_t window) override
+    {
+        const Window& wanted = input().windows[window];
+        long long iCount = 0;
+        m_session << kCountSql, soci::into(iCount), soci::use(wanted.strFrom), soci::use(wanted.strTo);
+        return static_cast<std::size_t>(iCount);
+    }
+
+    std::size_t createAll(std::size_t i) override
+    {
+        soci::transaction transaction(m_session);
+        soci::statement statement = insertStatement();
+        for (const Json::Value& jRec : input().arrays[i])
+            insert(statement, jRec);
+        transaction.commit();
+        return input().arrays[i].size();
+    }
+
+    std::size_t forEach(const Visit& visit) override
+    {
+        soci::statement statement = intoRow(m_session.prepare << kSelect);
+        statement.execute();
+        return visitAll(
+            visit, [&] { return statement.fetch(); }, [this](Json::Value& jRec) { readRow(jRec); });
     }
 
     std::size_t create(std::size_t i) override
     {
         clear();
-        const Json::Value& jRec = input().records[i];
-        m_row.strAddress = jRec["address"].asString();
-        m_row.strComment = jRec["comment"].asString();
-        m_row.iCount = jRec["count"].asInt();
-        m_row.iCreated = jRec["created"].asInt64();
-        m_row.iEnabled = jRec["enabled"].asBool() ? 1 : 0;
-        m_row.strLimits = m_json.write(jRec["limits"]);
-        m_row.strPorts = m_json.write(jRec["ports"]);
-        m_row.strSerial = jRec["serial"].asString();
-        m_session << kInsertSql, soci::use(m_row.strAddress), soci::use(m_row.strComment), soci::use(m_row.iCount),
-            soci::use(m_row.iCreated), soci::use(m_row.iEnabled), soci::use(m_row.strLimits), soci::use(m_row.strPorts),
-            soci::use(m_row.strSerial);
-
-        long long id = 0;
-        m_session.get_last_insert_id(kTable, id);
-        intoRow(m_session << kStoredSql), soci::use(id);
-        return readOne();
+        m_insert.use([this] { return insertStatement(); },
+                     [&](soci::statement& statement) { insert(statement, input().records[i]); });
+        m_session.get_last_insert_id(kTable, m_id);
+        return m_stored.use([this]() -> soci::statement
+                            { return (intoRow(m_session.prepare << kStoredSql), soci::use(m_id)); },
+                            [this](soci::statement& statement) { return readOne(statement); });
     }
 
     std::size_t fetch(std::size_t i) override
     {
         clear();
-        intoRow(m_session << kFetchSql), soci::use(input().keys[i]);
-        return readOne();
+        m_strKey = input().keys[i];
+        return m_fetch.use([this]() -> soci::statement
+                           { return (intoRow(m_session.prepare << kFetchSql), soci::use(m_strKey)); },
+                           [this](soci::statement& statement) { return readOne(statement); });
     }
 
     std::size_t update(std::size_t i) override
     {
         const Json::Value& jRec = input().changes[i];
-        const std::string strComment = jRec["comment"].asString();
-        const int iCount = jRec["count"].asInt();
-        const int iEnabled = jRec["enabled"].asBool() ? 1 : 0;
-        return change((m_session.prepare << kUpdateSql, soci::use(strComment), soci::use(iCount), soci::use(iEnabled),
-                       soci::use(input().keys[i])));
+        m_row.strComment = jRec["comment"].asString();
+        m_row.iCount = jRec["count"].asInt();
+        m_row.iEnabled = jRec["enabled"].asBool() ? 1 : 0;
+        m_strKey = input().keys[i];
+        return m_update.use(
+            [this]() -> soci::statement
+            {
+                return (m_session.prepare << kUpdateSql, soci::use(m_row.strComment), soci::use(m_row.iCount),
+                        soci::use(m_row.iEnabled), soci::use(m_strKey));
+            },
+            change);
     }
 
     std::size_t remove(std::size_t i) override
     {
-        return change((m_session.prepare << kDeleteSql, soci::use(input().keys[i])));
+        m_strKey = input().keys[i];
+        return m_delete.use(
+            [this]() -> soci::statement { return (m_session.prepare << kDeleteSql, soci::use(m_strKey)); }, change);
     }
 
 private:
+    using Kept = PeerStatement<soci::statement, blKept>;
+
     struct Row
     {
         std::string strAddress;
@@ -116,15 +155,43 @@ private:
                soci::into(m_row.strPorts), soci::into(m_row.strSerial);
     }
 
+    soci::statement insertStatement()
+    {
+        return (m_session.prepare << kInsertSql, soci::use(m_row.strAddress), soci::use(m_row.strComment),
+                soci::use(m_row.iCount), soci::use(m_row.iCreated), soci::use(m_row.iEnabled),
+                soci::use(m_row.strLimits), soci::use(m_row.strPorts), soci::use(m_row.strSerial));
+    }
+
+    void insert(soci::statement& statement, const Json::Value& jRec)
+    {
+        m_row.strAddress = jRec["address"].asString();
+        m_row.strComment = jRec["comment"].asString();
+        m_row.iCount = jRec["count"].asInt();
+        m_row.iCreated = jRec["created"].asInt64();
+        m_row.iEnabled = jRec["enabled"].asBool() ? 1 : 0;
+        m_row.strLimits = m_json.write(jRec["limits"]);
+        m_row.strPorts = m_json.write(jRec["ports"]);
+        m_row.strSerial = jRec["serial"].asString();
+        statement.execute(true);
+    }
+
+    std::size_t pageOf(const char* szSql, std::size_t offset)
+    {
+        clear();
+        const int limit = static_cast<int>(kPage);
+        const auto first = static_cast<long long>(offset);
+        return readRows((intoRow(m_session.prepare << szSql), soci::use(limit), soci::use(first)));
+    }
+
     std::size_t readRows(soci::statement statement)
     {
         statement.execute();
         return readAll([&] { return statement.fetch(); }, [this](Json::Value& jRec) { readRow(jRec); });
     }
 
-    std::size_t readOne()
+    std::size_t readOne(soci::statement& statement)
     {
-        if (!m_session.got_data())
+        if (!statement.execute(true))
             return 0;
         readRow(m_jResult);
         return 1;
@@ -142,7 +209,7 @@ private:
         jRec["serial"] = m_row.strSerial;
     }
 
-    static std::size_t change(soci::statement statement)
+    static std::size_t change(soci::statement& statement)
     {
         statement.execute(true);
         return static_cast<std::size_t>(statement.get_affected_rows());
@@ -152,13 +219,22 @@ private:
     sqlite3* m_pDb;
     JsonColumns m_json;
     Row m_row;
+    std::string m_strKey;
+    long long m_id = 0;
+    Kept m_insert;
+    Kept m_stored;
+    Kept m_fetch;
+    Kept m_update;
+    Kept m_delete;
 };
 
 }  // namespace
 
-std::unique_ptr<Contestant> openSoci(const std::string& strPath)
+std::unique_ptr<Contestant> openSoci(const std::string& strPath, bool blKept)
 {
-    return std::make_unique<Soci>(strPath);
+    if (blKept)
+        return std::make_unique<Soci<true>>(strPath);
+    return std::make_unique<Soci<false>>(strPath);
 }
 
 }  // namespace bench

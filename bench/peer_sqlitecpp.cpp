@@ -1,11 +1,12 @@
 // SPDX-License-Identifier: MIT
 //
-// SQLiteCpp with JsonCpp: statements made where they are needed, as its examples do.
+// SQLiteCpp with JsonCpp.
 
 #include <SQLiteCpp/SQLiteCpp.h>
 
 #include "contestant.h"
 #include "json_columns.h"
+#include "peer_statement.h"
 
 namespace bench
 {
@@ -13,6 +14,7 @@ namespace bench
 namespace
 {
 
+template <bool blKept>
 class SqliteCpp : public Contestant
 {
 public:
@@ -30,64 +32,139 @@ public:
         return readRows(query);
     }
 
-    std::size_t page(std::size_t offset) override
+    std::size_t page(std::size_t offset) override { return pageOf(kSelectPage, offset); }
+
+    std::size_t sorted(std::size_t offset) override { return pageOf(kSelectSorted, offset); }
+
+    std::size_t filter(std::size_t window) override
     {
         clear();
-        SQLite::Statement query(m_db, kSelectPage);
-        query.bind(1, static_cast<int>(kPage));
-        query.bind(2, static_cast<std::int64_t>(offset));
+        const Window& wanted = input().windows[window];
+        SQLite::Statement query(m_db, kSelectWindow);
+        query.bindNoCopy(1, wanted.strFrom);
+        query.bindNoCopy(2, wanted.strTo);
+        query.bind(3, static_cast<std::int64_t>(wanted.iBefore));
+        query.bindNoCopy(4, kCommentPattern);
         return readRows(query);
+    }
+
+    std::size_t count(std::size_t window) override
+    {
+        const Window& wanted = input().windows[window];
+        SQLite::Statement query(m_db, kCountWindow);
+        query.bindNoCopy(1, wanted.strFrom);
+        query.bindNoCopy(2, wanted.strTo);
+        query.executeStep();
+        return static_cast<std::size_t>(query.getColumn(0).getInt64());
+    }
+
+    std::size_t createAll(std::size_t i) override
+    {
+        SQLite::Transaction transaction(m_db);
+        SQLite::Statement statement(m_db, kInsert);
+        for (const Json::Value& jRec : input().arrays[i])
+        {
+            insert(statement, jRec);
+            statement.reset();
+        }
+        transaction.commit();
+        return input().arrays[i].size();
+    }
+
+    std::size_t forEach(const Visit& visit) override
+    {
+        SQLite::Statement query(m_db, kSelect);
+        return visitAll(
+            visit, [&] { return query.executeStep(); }, [&](Json::Value& jRec) { readRow(query, jRec); });
     }
 
     std::size_t create(std::size_t i) override
     {
         clear();
-        const Json::Value& jRec = input().records[i];
-        const std::string strLimits = m_json.write(jRec["limits"]);
-        const std::string strPorts = m_json.write(jRec["ports"]);
-        SQLite::Statement insert(m_db, kInsert);
-        insert.bindNoCopy(1, jRec["address"].asCString());
-        insert.bindNoCopy(2, jRec["comment"].asCString());
-        insert.bind(3, jRec["count"].asInt());
-        insert.bind(4, static_cast<std::int64_t>(jRec["created"].asInt64()));
-        insert.bind(5, jRec["enabled"].asBool() ? 1 : 0);
-        insert.bindNoCopy(6, strLimits);
-        insert.bindNoCopy(7, strPorts);
-        insert.bindNoCopy(8, jRec["serial"].asCString());
-        insert.exec();
-
-        SQLite::Statement query(m_db, kSelectStored);
-        query.bind(1, static_cast<std::int64_t>(m_db.getLastInsertRowid()));
-        return readOne(query);
+        run(m_insert, kInsert, [&](SQLite::Statement& statement) { return insert(statement, input().records[i]); });
+        return run(m_stored, kSelectStored,
+                   [&](SQLite::Statement& query)
+                   {
+                       query.bind(1, static_cast<std::int64_t>(m_db.getLastInsertRowid()));
+                       return readOne(query);
+                   });
     }
 
     std::size_t fetch(std::size_t i) override
     {
         clear();
-        SQLite::Statement query(m_db, kSelectKey);
-        query.bindNoCopy(1, input().keys[i]);
-        return readOne(query);
+        return run(m_fetch, kSelectKey,
+                   [&](SQLite::Statement& query)
+                   {
+                       query.bindNoCopy(1, input().keys[i]);
+                       return readOne(query);
+                   });
     }
 
     std::size_t update(std::size_t i) override
     {
         const Json::Value& jRec = input().changes[i];
-        SQLite::Statement update(m_db, kUpdate);
-        update.bindNoCopy(1, jRec["comment"].asCString());
-        update.bind(2, jRec["count"].asInt());
-        update.bind(3, jRec["enabled"].asBool() ? 1 : 0);
-        update.bindNoCopy(4, input().keys[i]);
-        return static_cast<std::size_t>(update.exec());
+        return run(m_update, kUpdate,
+                   [&](SQLite::Statement& update)
+                   {
+                       update.bindNoCopy(1, jRec["comment"].asCString());
+                       update.bind(2, jRec["count"].asInt());
+                       update.bind(3, jRec["enabled"].asBool() ? 1 : 0);
+                       update.bindNoCopy(4, input().keys[i]);
+                       return static_cast<std::size_t>(update.exec());
+                   });
     }
 
     std::size_t remove(std::size_t i) override
     {
-        SQLite::Statement remove(m_db, kDelete);
-        remove.bindNoCopy(1, input().keys[i]);
-        return static_cast<std::size_t>(remove.exec());
+        return run(m_delete, kDelete,
+                   [&](SQLite::Statement& remove)
+                   {
+                       remove.bindNoCopy(1, input().keys[i]);
+                       return static_cast<std::size_t>(remove.exec());
+                   });
     }
 
 private:
+    using Kept = PeerStatement<SQLite::Statement, blKept>;
+
+    template <class Function>
+    std::size_t run(Kept& kept, const char* szSql, const Function& function)
+    {
+        return kept.use([&] { return SQLite::Statement(m_db, szSql); },
+                        [&](SQLite::Statement& statement)
+                        {
+                            const std::size_t records = function(statement);
+                            if (blKept)
+                                statement.reset();
+                            return records;
+                        });
+    }
+
+    std::size_t insert(SQLite::Statement& statement, const Json::Value& jRec)
+    {
+        const std::string strLimits = m_json.write(jRec["limits"]);
+        const std::string strPorts = m_json.write(jRec["ports"]);
+        statement.bindNoCopy(1, jRec["address"].asCString());
+        statement.bindNoCopy(2, jRec["comment"].asCString());
+        statement.bind(3, jRec["count"].asInt());
+        statement.bind(4, static_cast<std::int64_t>(jRec["created"].asInt64()));
+        statement.bind(5, jRec["enabled"].asBool() ? 1 : 0);
+        statement.bindNoCopy(6, strLimits);
+        statement.bindNoCopy(7, strPorts);
+        statement.bindNoCopy(8, jRec["serial"].asCString());
+        return static_cast<std::size_t>(statement.exec());
+    }
+
+    std::size_t pageOf(const char* szSql, std::size_t offset)
+    {
+        clear();
+        SQLite::Statement query(m_db, szSql);
+        query.bind(1, static_cast<int>(kPage));
+        query.bind(2, static_cast<std::int64_t>(offset));
+        return readRows(query);
+    }
+
     std::size_t readRows(SQLite::Statement& query)
     {
         return readAll([&] { return query.executeStep(); }, [&](Json::Value& jRec) { readRow(query, jRec); });
@@ -121,13 +198,20 @@ private:
 
     SQLite::Database m_db;
     JsonColumns m_json;
+    Kept m_insert;
+    Kept m_stored;
+    Kept m_fetch;
+    Kept m_update;
+    Kept m_delete;
 };
 
 }  // namespace
 
-std::unique_ptr<Contestant> openSqliteCpp(const std::string& strPath)
+std::unique_ptr<Contestant> openSqliteCpp(const std::string& strPath, bool blKept)
 {
-    return std::make_unique<SqliteCpp>(strPath);
+    if (blKept)
+        return std::make_unique<SqliteCpp<true>>(strPath);
+    return std::make_unique<SqliteCpp<false>>(strPath);
 }
 
 }  // namespace bench

@@ -3,6 +3,7 @@
 #include "report.h"
 
 #include <algorithm>
+#include <cmath>
 #include <cstdio>
 #include <fstream>
 #include <stdexcept>
@@ -48,6 +49,19 @@ private:
     std::ofstream m_file;
 };
 
+// Who stands in which picture, in this order.
+const std::vector<std::string> kContractRoom{"library", "percall", "kept", "exec", "sqlitecpp", "soci", "poco", "raw"};
+const std::vector<std::string> kTableRoom{"table", "kept",      "sqlitecpp", "sqlitecpp-kept",
+                                          "soci",  "soci-kept", "poco",      "poco-kept"};
+
+std::vector<ContestantKind> kindsOf(const std::vector<std::string>& ids)
+{
+    std::vector<ContestantKind> kinds;
+    for (const std::string& strId : ids)
+        kinds.push_back(contestantKind(strId));
+    return kinds;
+}
+
 class Report
 {
 public:
@@ -71,6 +85,8 @@ public:
 
         std::printf("### Targets\n\n");
         printTargets(m_judged);
+        std::printf("### Targets of vorn::Table\n\n");
+        printTargets(m_judgedTable);
         if (!m_options.blQuick)
         {
             std::printf("### Targets missed in other settings, of %zu\n\n", m_judgedElsewhere.size());
@@ -88,29 +104,46 @@ public:
 private:
     void mainSetting()
     {
-        DataFile data(m_options.strDataFolder, "works.tsv", "work", contestantKinds());
+        // The pictures: each library beside what its rival is, the second with the peers' kept forms.
+        DataFile contract(m_options.strDataFolder, "works.tsv", "work", kindsOf(kContractRoom));
+        DataFile table(m_options.strDataFolder, "table.tsv", "work", kindsOf(kTableRoom));
         for (const Work& work : works())
         {
-            const Setting here;
-            const Rounds rounds = runWork(work, here, m_batch);
+            Setting here;
+            here.rows = work.rows;
+            const Rounds rounds = runWork(work, here, m_batch, true);
             std::printf("### %s (%s)\n\n", work.strName.c_str(), nameOf(here).c_str());
-            MarkdownTable table({"contestant", "ns/record", "ratio (least .. most)", "instructions/record", "ratio",
-                                 "allocations/record"});
-            data.label(work.strId);
-            for (const ContestantKind& kind : contestantKinds())
+            MarkdownTable figures({"contestant", "ns/record", "instructions/record", "allocations/record",
+                                   "beside per call: time", "instructions", "beside kept: time", "instructions"});
+            for (const ContestantKind& kind : work.contestants(true))
             {
-                const bool blRival = kind.strId == work.strRival;
-                const Spread ratio = rounds.ratio(kind.strId, work.strRival);
-                table.add({kind.strName, number(rounds.nanoseconds(kind.strId).median, 0), blRival ? "1" : text(ratio),
-                           text(m_counts.instructions(work.strId, kind.strId), 0),
-                           blRival ? "1" : text(m_counts.ratio(work.strId, kind.strId, work.strRival), 2),
-                           number(rounds.allocations(kind.strId), 1)});
-                data.add(ratio.median);
+                std::vector<std::string> row{kind.strName, number(rounds.nanoseconds(kind.strId).median, 0),
+                                             text(m_counts.instructions(work.strId, kind.strId), 0),
+                                             number(rounds.allocations(kind.strId), 1)};
+                for (const char* szRival : {"percall", "kept"})
+                {
+                    row.push_back(kind.strId == szRival ? "1" : text(rounds.ratio(kind.strId, szRival)));
+                    row.push_back(kind.strId == szRival ? "1"
+                                                        : text(m_counts.ratio(work.strId, kind.strId, szRival), 2));
+                }
+                figures.add(std::move(row));
             }
-            data.end();
-            table.print();
+            figures.print();
+            if (contestantKind("library").does(work.kind))
+                enterRatios(contract, work, rounds, kindsOf(kContractRoom), work.strRival);
+            enterRatios(table, work, rounds, kindsOf(kTableRoom), "kept");
             judge(work, here, rounds);
         }
+    }
+
+    // A contestant that does not do the work has no bar.
+    static void enterRatios(DataFile& data, const Work& work, const Rounds& rounds,
+                            const std::vector<ContestantKind>& kinds, const std::string& strRival)
+    {
+        data.label(work.strId);
+        for (const ContestantKind& kind : kinds)
+            data.add(rounds.has(kind.strId) ? rounds.ratio(kind.strId, strRival).median : std::nan(""));
+        data.end();
     }
 
     void otherSettings()
@@ -122,8 +155,10 @@ private:
             std::vector<Rounds> columns;
             for (const Work& work : works())
             {
+                if (!contestantKind("library").does(work.kind))
+                    break;
                 head.push_back(work.strId);
-                columns.push_back(runWork(work, here, m_batch));
+                columns.push_back(runWork(work, here, m_batch, false));
                 judge(work, here, columns.back());
             }
             MarkdownTable table(head);
@@ -146,11 +181,18 @@ private:
             work.strId + (here.blFile ? "--file" : "") + (here.blTransaction ? "--transaction" : "");
         for (const Target& target : workTargets())
         {
-            if (target.strWork == work.strId)
-                (blMain ? m_judged : m_judgedElsewhere)
-                    .push_back({blMain ? work.strName : work.strName + ", " + nameOf(here),
-                                contestantKind(target.strRival).strName, rounds.ratio("library", target.strRival),
-                                m_counts.ratio(strCounted, "library", target.strRival), target.must, target.aim});
+            if (target.strWork != work.strId)
+                continue;
+            const Judged judged{blMain ? work.strName : work.strName + ", " + nameOf(here),
+                                contestantKind(target.strRival).strName,
+                                rounds.ratio(target.strContestant, target.strRival),
+                                m_counts.ratio(strCounted, target.strContestant, target.strRival),
+                                here.blFile && target.onFile ? *target.onFile : target.must,
+                                target.aim};
+            (!blMain                           ? m_judgedElsewhere
+             : target.strContestant == "table" ? m_judgedTable
+                                               : m_judged)
+                .push_back(judged);
         }
     }
 
@@ -216,18 +258,15 @@ private:
         }
         table.print();
         const double ratio = static_cast<double>(peaks.at("library")) / rival;
-        m_judged.push_back({"peak memory of listing 100k",
-                            contestantKind("kept").strName,
-                            {ratio, ratio, ratio},
-                            std::nullopt,
-                            time(1.00),
-                            time(0.90)});
+        m_judged.push_back({"peak memory of listing 100k", contestantKind("kept").strName, Spread{ratio, ratio, ratio},
+                            std::nullopt, time(1.00), time(0.90)});
     }
 
     const ReportOptions& m_options;
     const std::int64_t m_batch;  // nanoseconds
     const Counts m_counts;
     std::vector<Judged> m_judged;           // in memory with autocommit
+    std::vector<Judged> m_judgedTable;      // the same of vorn::Table
     std::vector<Judged> m_judgedElsewhere;  // in the other settings
 };
 

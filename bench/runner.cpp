@@ -81,7 +81,7 @@ Spread Rounds::ratio(const std::string& strId, const std::string& strRival) cons
     return spreadOf(std::move(ratios));
 }
 
-Rounds runWork(const Work& work, const Setting& setting, std::int64_t batch)
+Rounds runWork(const Work& work, const Setting& setting, std::int64_t batch, bool blKeptPeers)
 {
     const auto calibrate = [&]
     {
@@ -95,7 +95,7 @@ Rounds runWork(const Work& work, const Setting& setting, std::int64_t batch)
     const std::size_t count = Worker<std::size_t>(calibrate).run();
 
     std::vector<Lane> lanes;
-    for (const ContestantKind& kind : contestantKinds())
+    for (const ContestantKind& kind : work.contestants(blKeptPeers))
     {
         const auto setUp = [&]
         {

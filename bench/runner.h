@@ -39,6 +39,7 @@ public:
 
     // Per record.
     Spread nanoseconds(const std::string& strId) const;
+    bool has(const std::string& strId) const { return m_nanoseconds.count(strId) != 0; }
     double allocations(const std::string& strId) const { return m_allocations.at(strId); }
 
     Spread ratio(const std::string& strId, const std::string& strRival) const;
@@ -50,7 +51,7 @@ private:
 
 // One work of all contestants in one setting, in batches that last the rival so many nanoseconds at least; the lanes
 // are the contestants' ids.
-Rounds runWork(const Work& work, const Setting& setting, std::int64_t batch);
+Rounds runWork(const Work& work, const Setting& setting, std::int64_t batch, bool blKeptPeers);
 
 }  // namespace bench
 

@@ -51,20 +51,39 @@ const std::vector<Target>& workTargets()
     static const std::vector<Target> targets = [&]
     {
         std::vector<Target> all{
-            {"list", "kept", {0.90, 0.85}, Bound{0.72, 0.68}},
-            {"page", "percall", time(0.90), time(0.76)},
-            {"create", "percall", time(1.15), Bound{1.02, 1.00}},
-            {"fetch", "percall", time(1.15), time(1.02)},
-            {"update", "percall", time(1.25), time(1.15)},
-            {"delete", "percall", time(1.30), time(1.18)},
-            {"list", "sqlitecpp", faster, time(0.55)},
-            {"page", "sqlitecpp", faster, time(0.65)},
-            {"create", "sqlitecpp", faster, time(0.92)},
-            {"fetch", "sqlitecpp", faster, time(0.92)},
+            {"library", "list", "kept", {0.90, 0.85}, Bound{0.72, 0.68}, {}},
+            {"library", "page", "percall", time(0.90), time(0.76), {}},
+            {"library", "create", "percall", time(1.15), Bound{1.02, 1.00}, {}},
+            {"library", "fetch", "percall", time(1.15), time(1.02), {}},
+            {"library", "update", "percall", time(1.25), time(1.15), {}},
+            {"library", "delete", "percall", time(1.30), time(1.18), {}},
+            {"library", "list", "sqlitecpp", faster, time(0.55), {}},
+            {"library", "page", "sqlitecpp", faster, time(0.65), {}},
+            {"library", "create", "sqlitecpp", faster, time(0.92), {}},
+            {"library", "fetch", "sqlitecpp", faster, time(0.92), {}},
         };
         for (const char* szRival : {"soci", "poco"})
             for (const char* szWork : {"list", "page", "create", "fetch"})
-                all.push_back({szWork, szRival, faster, std::nullopt});
+                all.push_back({"library", szWork, szRival, faster, {}, {}});
+
+        const std::vector<Target> table{
+            {"table", "list", "kept", instructions(0.58), instructions(0.50), {}},
+            {"table", "page", "kept", instructions(0.62), instructions(0.55), {}},
+            {"table", "create", "kept", instructions(1.05), instructions(0.90), {}},
+            {"table", "fetch", "kept", instructions(1.00), instructions(0.85), {}},
+            {"table", "update", "kept", instructions(1.20), instructions(1.05), {}},
+            {"table", "delete", "kept", instructions(1.20), instructions(1.05), {}},
+            {"table", "bulk", "kept", instructions(1.10), instructions(1.00), {}},
+        };
+        all.insert(all.end(), table.begin(), table.end());
+        for (const Work& work : works())
+        {
+            const bool blTwice = work.strId == "create" || work.strId == "fetch";
+            const bool blByHalf = work.strId == "update" || work.strId == "delete";
+            const Bound must = blTwice ? time(1 / 2.0) : blByHalf ? time(1 / 1.5) : faster;
+            for (const char* szRival : {"sqlitecpp", "soci", "poco"})
+                all.push_back({"table", work.strId, szRival, must, {}, faster});
+        }
         return all;
     }();
     return targets;
@@ -75,12 +94,13 @@ namespace
 
 bool instructionsDecide(const Judged& judged, const Bound& bound)
 {
-    return judged.instructions && judged.time.least <= bound.time && judged.time.most > bound.time;
+    return judged.instructions && judged.time && bound.time && judged.time->least <= *bound.time &&
+           judged.time->most > *bound.time;
 }
 
 std::string verdict(const Judged& judged, const Bound& bound)
 {
-    std::string strText = number(bound.time, 2);
+    std::string strText = bound.time ? number(*bound.time, 2) : "";
     if (bound.instructions)
         strText += "/" + number(*bound.instructions, 2);
     strText += reaches(judged, bound) ? " reached" : " MISSED";
@@ -96,10 +116,13 @@ std::string text(const Spread& spread)
 
 bool reaches(const Judged& judged, const Bound& bound)
 {
-    const bool blFew = !judged.instructions || *judged.instructions <= bound.instructions.value_or(bound.time);
+    const std::optional<double> most = bound.instructions ? bound.instructions : bound.time;
+    if (!bound.time)
+        return judged.instructions && *judged.instructions <= *most;
+    const bool blFew = !judged.instructions || *judged.instructions <= *most;
     if (instructionsDecide(judged, bound))
         return blFew;
-    return judged.time.median <= bound.time && (!bound.instructions || blFew);
+    return judged.time && judged.time->median <= *bound.time && (!bound.instructions || blFew);
 }
 
 void printTargets(const std::vector<Judged>& all)
@@ -107,11 +130,39 @@ void printTargets(const std::vector<Judged>& all)
     MarkdownTable table({"what", "beside", "time: median (least .. most)", "instructions", "must", "aim"});
     for (const Judged& judged : all)
     {
-        table.add({judged.strWhat, judged.strBeside, text(judged.time),
+        table.add({judged.strWhat, judged.strBeside, judged.time ? text(*judged.time) : "",
                    judged.instructions ? number(*judged.instructions, 2) : "", verdict(judged, judged.must),
                    judged.aim ? verdict(judged, *judged.aim) : ""});
     }
     table.print();
+}
+
+std::vector<Judged> countedTargets(const Counts& counts)
+{
+    std::vector<Judged> all;
+    for (const Target& target : workTargets())
+    {
+        if (target.strContestant == "table" && !target.must.time)
+            all.push_back({work(target.strWork).strName, contestantKind(target.strRival).strName, std::nullopt,
+                           counts.ratio(target.strWork, "table", target.strRival), target.must, target.aim});
+    }
+    const auto grow =
+        [&](const std::string& strWhat, const std::string& strLarge, const std::string& strSmall, double must)
+    {
+        const std::optional<double> large = counts.instructions(strLarge, "table");
+        const std::optional<double> small = counts.instructions(strSmall, "table");
+        all.push_back({strWhat,
+                       "itself",
+                       std::nullopt,
+                       large && small ? std::optional<double>(*large / *small) : std::nullopt,
+                       instructions(must),
+                       {}});
+    };
+    grow("list all, per record, 100k : 1k rows", "list@100000", "list", 1.05);
+    grow("create, per member, 256 : 16 members", "members@256", "members@16", 1.30);
+    grow("count, per value of a list, 1,000 : 100", "values@1000", "values@100", 1.10);
+    grow("count, per filter in $or, 1,000 : 100", "filters@1000", "filters@100", 1.10);
+    return all;
 }
 
 }  // namespace bench

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 //
-// What the library is to reach, and whether it does.
+// What the libraries are to reach, and whether they do.
 
 #ifndef VORN_BENCH_TARGETS_H
 #define VORN_BENCH_TARGETS_H
@@ -30,23 +30,29 @@ private:
     std::map<std::pair<std::string, std::string>, double> m_instructions;  // by work and contestant
 };
 
-// A bound of time, with one of instructions where there is such.
+// A bound of time, one of instructions, or both.
 struct Bound
 {
-    double time;
+    std::optional<double> time;
     std::optional<double> instructions;
 };
 inline Bound time(double bound)
 {
     return {bound, std::nullopt};
 }
+inline Bound instructions(double bound)
+{
+    return {std::nullopt, bound};
+}
 
 struct Target
 {
+    std::string strContestant;
     std::string strWork;
     std::string strRival;
     Bound must;
     std::optional<Bound> aim;
+    std::optional<Bound> onFile;  // the must where the table lies on a file, if another
 };
 const std::vector<Target>& workTargets();
 
@@ -55,7 +61,7 @@ struct Judged
 {
     std::string strWhat;
     std::string strBeside;
-    Spread time;
+    std::optional<Spread> time;
     std::optional<double> instructions;
     Bound must;
     std::optional<Bound> aim;
@@ -64,10 +70,14 @@ struct Judged
 // "median (least .. most)"
 std::string text(const Spread& spread);
 
-// Where rounds lie on both sides of the bound, time is noise and the instructions decide, if they were counted.
+// Where rounds lie on both sides of the bound, time is noise and the instructions decide, if they were counted. A bound
+// of instructions alone is not reached where they were not.
 bool reaches(const Judged& judged, const Bound& bound);
 
 void printTargets(const std::vector<Judged>& all);
+
+// The targets of vorn::Table that are of instructions alone, its growth included, of counts in memory with autocommit.
+std::vector<Judged> countedTargets(const Counts& counts);
 
 }  // namespace bench
 

@@ -2,6 +2,7 @@
 
 #include "work.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 namespace bench
@@ -16,11 +17,11 @@ const std::vector<Work>& works()
         {WorkKind::Fetch, "fetch", "fetch by key", "percall"},
         {WorkKind::Update, "update", "update by filter", "percall"},
         {WorkKind::Delete, "delete", "delete by name", "percall"},
-        {WorkKind::Sorted, "sorted", "list a sorted page of 50", "kept", false},
-        {WorkKind::Filter, "filter", "list 50 by four conditions", "kept", false},
-        {WorkKind::Count, "count", "count by filter", "kept", false},
-        {WorkKind::Bulk, "bulk", "create 10,000 in one transaction", "kept", false},
-        {WorkKind::ForEach, "foreach", "visit each of 100,000", "kept", false, 100000},
+        {WorkKind::Sorted, "sorted", "list a sorted page of 50", "kept"},
+        {WorkKind::Filter, "filter", "list 50 by four conditions", "kept"},
+        {WorkKind::Count, "count", "count by filter", "kept"},
+        {WorkKind::Bulk, "bulk", "create 10,000 in one transaction", "kept"},
+        {WorkKind::ForEach, "foreach", "visit each of 100,000", "kept", 100000},
     };
     return all;
 }
@@ -39,6 +40,16 @@ std::string nameOf(const Setting& setting)
 {
     return std::string(setting.blFile ? "file" : "memory") +
            (setting.blTransaction ? ", one transaction" : ", autocommit");
+}
+
+std::vector<ContestantKind> Work::contestants(bool blKeptPeers) const
+{
+    std::vector<ContestantKind> all = contestantKinds();
+    if (blKeptPeers && isSingle())
+        all.insert(all.end(), keptPeers().begin(), keptPeers().end());
+    all.erase(std::remove_if(all.begin(), all.end(), [this](const ContestantKind& one) { return !one.does(kind); }),
+              all.end());
+    return all;
 }
 
 std::size_t Work::records(std::size_t rowsOfTable) const
@@ -70,7 +81,7 @@ void Place::prepare(const Work& work, std::size_t count)
     m_pWork = &work;
     m_warmUp = work.isWhole() ? 1 : kPages;  // a whole turn of pages
     m_prepared = m_warmUp + count;
-    const bool blByRow = work.kind >= WorkKind::Create && work.kind <= WorkKind::Delete;
+    const bool blByRow = work.isSingle();
     const bool blExtra = work.kind == WorkKind::Create || work.kind == WorkKind::Delete;  // beyond the rows that stay
     std::vector<std::size_t> indices;
     for (std::size_t i = 0; blByRow && i < m_prepared; ++i)

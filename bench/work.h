@@ -16,37 +16,24 @@
 namespace bench
 {
 
-enum class WorkKind
-{
-    List,
-    Page,
-    Create,
-    Fetch,
-    Update,
-    Delete,
-    Sorted,
-    Filter,
-    Count,
-    Bulk,
-    ForEach
-};
-
 struct Work
 {
     WorkKind kind;
     std::string strId;
     std::string strName;
     std::string strRival;      // the contestant that ratios are formed against
-    bool blForAll = true;      // false: only for contestants that do all works
     std::size_t rows = 10000;  // of the table where time is measured
 
     // How many records one operation reads or changes in a table of so many rows. A count is one record.
     std::size_t records(std::size_t rowsOfTable) const;
     bool isWhole() const { return kind == WorkKind::List || kind == WorkKind::Bulk || kind == WorkKind::ForEach; }
-    bool isFor(const ContestantKind& contestant) const { return blForAll || contestant.blAllWorks; }
+    bool isSingle() const { return kind >= WorkKind::Create && kind <= WorkKind::Delete; }
+
+    // Everyone who does this work; the peers' kept forms too, where it is about single records.
+    std::vector<ContestantKind> contestants(bool blKeptPeers) const;
 };
 
-const std::vector<Work>& works();  // those for all come first
+const std::vector<Work>& works();
 const Work& work(const std::string& strId);
 
 // Where the table lies and how the work is committed.

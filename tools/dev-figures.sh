@@ -19,24 +19,36 @@ if [ "$architecture" = "$(dpkg --print-architecture)" ]; then
     need "${packages_figures[@]}"
     bench_build build/figures -DVORNJSONDB_BENCH_PEERS=OFF
     used=$(versions g++-12 libc6 libjsoncpp25 libsqlite3-0 libstdc++6)
-    counted=$(printf '%s library\n' list page create fetch update delete |
-        count_works build/figures/bench/bench)
+    counted=$({
+        # the longest first
+        printf '%s\n' 'list table 100000' {values,filters}' table '{1000,100} 'members table '{256,16}
+        printf '%s kept\n' list page create fetch update delete bulk
+        printf '%s table\n' list page create fetch update delete sorted filter count bulk foreach
+        printf '%s library\n' list page create fetch update delete
+    } | count_works build/figures/bench/bench)
 else
     need "${packages_figures[@]}" "${packages_armhf[@]}"
     bench_build_armhf build/arm/figures
     used=$(versions_armhf)
-    counted=$(printf '%s library 500\n' list create | count_works_armhf build/arm/figures/bench/bench)
+    counted=$(printf '%s 500\n' {list,create}' '{library,table} | count_works_armhf build/arm/figures/bench/bench)
+fi
+if [ "$architecture" != armhf ]; then
+    printf '%s\n' "$counted" >build/figures/counts.txt
+    build/figures/bench/bench --targets --counts build/figures/counts.txt
 fi
 now=$({
     awk -v architecture="$architecture" '{ print architecture, "with", $1, $2 }' <<<"$used"
-    awk -v architecture="$architecture" '{ print architecture, $1, $3, $4 }' <<<"$counted"
+    awk -v architecture="$architecture" '
+        $2 == "library" { print architecture, $1, $3, $4 }
+        $2 == "table" { print architecture, "table/" $1, $3, $4 }' <<<"$counted"
 } | sort)
 
 if [ -n "$update" ]; then
     others=$(grep -v -e '^#' -e "^$architecture " "$stored" || true)
     {
         cat <<'END'
-# What one record costs the library: ARCHITECTURE WORK INSTRUCTIONS ALLOCATIONS, and what it was built and run with.
+# What one record costs the library: ARCHITECTURE WORK INSTRUCTIONS ALLOCATIONS, and what it was built and run with. WORK
+# begins with table/ where it is vorn::Table that does it; behind an @ stands the size of what its cost grows with.
 # Written by ./dev figures --update and ./dev figures --armhf --update, checked by the same without --update.
 END
         printf '%s\n' "$others" "$now" | sed '/^$/d' | sort
@@ -61,7 +73,7 @@ awk -v architecture="$architecture" -v room=0.03 '
     function compare(work, what, then, now)
     {
         change = then > 0 ? now / then - 1 : now > 0
-        printf "%-7s %-12s %10s then, %10s now, %+6.1f %%", work, what, then, now, 100 * change
+        printf "%-18s %-12s %10s then, %10s now, %+6.1f %%", work, what, then, now, 100 * change
         if (change > room) { grown = 1; print "  GREW" }
         else if (change < -room) { shrunk = 1; print "  shrank" }
         else print ""
