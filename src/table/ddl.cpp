@@ -39,6 +39,7 @@ std::string textLiteral(std::string_view text)
     return strLiteral + '\'';
 }
 
+// Of a value that is not null.
 std::string literal(const BoundValue& value)
 {
     switch (value.kind())
@@ -50,10 +51,8 @@ std::string literal(const BoundValue& value)
             char szText[32];
             return {szText, std::to_chars(szText, szText + sizeof szText, value.real()).ptr};
         }
-        case BoundValue::Kind::Text:
-            return textLiteral(value.text());
         default:
-            return "NULL";
+            return textLiteral(value.text());
     }
 }
 
@@ -83,7 +82,8 @@ std::string columnText(const Member& member)
         strText += " NOT NULL";
     BoundValue value;
     Status unused;  // the definition has checked the default
-    if (!member.jDefault.isNull() && toBound(member, member.jDefault, member.name, value, unused))
+    toBound(member, member.jDefault, member.name, value, unused);
+    if (value.kind() != BoundValue::Kind::Null)
         strText += " DEFAULT " + literal(value);
     return strText;
 }

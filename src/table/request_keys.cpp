@@ -30,9 +30,7 @@ RequestKeys::Key RequestKeys::keyOf(std::string_view name)
 
 const char* RequestKeys::nearest(std::string_view name)
 {
-    if (!name.empty() && name[0] == '$')
-        name.remove_prefix(1);
-    Suggestion suggestion(name);
+    Suggestion suggestion(name.substr(1));
     for (const std::string_view known : kNames)
         suggestion.consider(known);
     return suggestion.nearest().empty() ? "" : suggestion.nearest().data();

@@ -30,7 +30,8 @@ public:
 
     // The key of that name, with or without "$" in front.
     static Key keyOf(std::string_view name);
-    static const char* nearest(std::string_view name);  // the nearest key's name without "$", or ""
+    // The nearest key's name without "$", or "", to a name with "$" in front.
+    static const char* nearest(std::string_view name);
 
     // Takes note of a key. False where it has come before in its other spelling.
     bool take(Key key, std::string_view name, const Json::Value& jValue, Status& status);

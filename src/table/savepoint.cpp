@@ -13,15 +13,13 @@ namespace vorn
 
 bool Savepoint::begin(Status& status)
 {
-    static const std::vector<BoundValue> noValues;
-
     m_blOwn = sqlite3_get_autocommit(m_store.pDb) != 0;
     Waiter noWaiting(0);  // a savepoint takes no lock
     StatementPointer& pUndo = m_blOwn ? m_store.pUndoOwn : m_store.pUndo;
     if (pUndo == nullptr && !prepare(m_store.pDb, m_blOwn ? "ROLLBACK" : "ROLLBACK TO vorn", noWaiting, pUndo, status))
         return false;
     Run run(m_store, noWaiting);
-    if (run.start({StatementKind::Text, nullptr, "SAVEPOINT vorn"}, noValues, status))
+    if (run.start({StatementKind::Text, nullptr, "SAVEPOINT vorn"}, {}, status))
     {
         m_store.blOwnTransaction = m_blOwn;
         m_store.blSavepoint = true;
@@ -35,10 +33,8 @@ bool Savepoint::begin(Status& status)
 
 bool Savepoint::keep(Status& status)
 {
-    static const std::vector<BoundValue> noValues;
-
     Run run(m_store, m_waiter);
-    if (!run.start({StatementKind::Text, nullptr, "RELEASE vorn"}, noValues, status))
+    if (!run.start({StatementKind::Text, nullptr, "RELEASE vorn"}, {}, status))
         return false;
     close();
     return true;

@@ -96,8 +96,6 @@ Code codeOf(int iResult)
 {
     switch (iResult & kPrimary)
     {
-        case SQLITE_OK:
-            return Code::Ok;
         case SQLITE_BUSY:
         case SQLITE_LOCKED:
         case SQLITE_PROTOCOL:

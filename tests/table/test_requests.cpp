@@ -110,6 +110,7 @@ TEST(Requests, MistakesNameWhatIsWrong)
         {R"({"b":{"$gt":true}})", "BadType b"},
         {R"({"o":{"$gte":{}}})", "BadType o"},
         {R"({"j":{"$lte":1}})", "BadType j"},
+        {R"({"a":{"$gt":[]}})", "BadType a"},
         {R"({"name":5})", "BadType name"},
         {R"({"name":["x",5]})", "BadType name"},
         {R"({"name":{"$eq":5}})", "BadType name"},
