@@ -119,7 +119,11 @@ bool reportCells(Store& store, const Facts& facts, Waiter& waiter, Json::Value& 
             jCells.append(std::move(jCell));
         }
     };
-    return eachRow(store.pDb, strSql, waiter, status, lookAt);
+    const bool blInTransaction = sqlite3_get_autocommit(store.pDb) == 0;
+    const bool blRead = eachRow(store.pDb, strSql, waiter, status, lookAt);
+    if (!blRead)
+        noteRollback(status, store.pDb, blInTransaction);
+    return blRead;
 }
 
 }  // namespace
@@ -127,9 +131,9 @@ bool reportCells(Store& store, const Facts& facts, Waiter& waiter, Json::Value& 
 bool checkTable(Store& store, Json::Value& jReportOut, bool blCells, Status& status)
 {
     Waiter waiter(store.iLockTimeout);
-    refreshSchema(store.pDb, store.definition);
     Facts facts;
-    if (!readFacts(store.pDb, store.definition, waiter, facts, status))
+    if (!refreshSchema(store.pDb, store.definition, status) ||
+        !readFacts(store.pDb, store.definition, waiter, facts, status))
         return false;
 
     Json::Value jReport(Json::objectValue);

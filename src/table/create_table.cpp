@@ -17,9 +17,9 @@ namespace
 
 bool exists(Store& store, Waiter& waiter, bool& blExists, Status& status)
 {
-    refreshSchema(store.pDb, store.definition);
     Facts facts;
-    if (!readFacts(store.pDb, store.definition, waiter, facts, status))
+    if (!refreshSchema(store.pDb, store.definition, status) ||
+        !readFacts(store.pDb, store.definition, waiter, facts, status))
         return false;
     blExists = facts.blExists;
     return true;
@@ -47,8 +47,9 @@ bool createTable(Store& store, Status& status)
     Waiter waiter(store.iLockTimeout);
     if (!store.strSqlCreate.empty())
     {
-        refreshSchema(store.pDb, store.definition);  // what exists already then needs no writer's lock
-        return runScript(store.pDb, store.strSqlCreate, waiter, status);
+        // What exists already then needs no writer's lock.
+        return refreshSchema(store.pDb, store.definition, status) &&
+               runScript(store.pDb, store.strSqlCreate, waiter, status);
     }
     bool blExists = false;
     if (!exists(store, waiter, blExists, status))

@@ -148,8 +148,9 @@ bool readFacts(sqlite3* pDb, const Definition& definition, Waiter& waiter, Facts
     return true;
 }
 
-void refreshSchema(sqlite3* pDb, const Definition& definition)
+bool refreshSchema(sqlite3* pDb, const Definition& definition, Status& status)
 {
+    const bool blInTransaction = sqlite3_get_autocommit(pDb) == 0;
     // Running a statement compares the schema with the file's; so does one that cannot be compiled.
     sqlite3_stmt* pStatement = nullptr;
     const std::string strSql = "SELECT 1 FROM " + definition.quotedName() + " LIMIT 0";
@@ -157,6 +158,11 @@ void refreshSchema(sqlite3* pDb, const Definition& definition)
     const StatementPointer pOwner(pStatement);
     if (pStatement != nullptr)
         sqlite3_step(pStatement);
+    if (!blInTransaction || sqlite3_get_autocommit(pDb) == 0)
+        return true;
+    failSqlite(status, pDb, sqlite3_extended_errcode(pDb));
+    noteRollback(status, pDb, blInTransaction);
+    return false;
 }
 
 }  // namespace vorn

@@ -72,8 +72,9 @@ bool readIndexes(sqlite3* pDb, const Definition& definition, const Facts& facts,
 // Whether one of the unique indexes keeps the columns, together, unique.
 bool isUnique(const std::vector<TableIndex>& indexes, const std::vector<std::string_view>& columns);
 
-// Reads the schema anew where another connection has changed it.
-void refreshSchema(sqlite3* pDb, const Definition& definition);
+// Reads the schema anew where another connection has changed it. False only where SQLite has rolled back the caller's
+// transaction because storage failed: what follows must not run outside it.
+bool refreshSchema(sqlite3* pDb, const Definition& definition, Status& status);
 
 }  // namespace vorn
 

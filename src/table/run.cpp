@@ -165,8 +165,7 @@ bool Run::failStep(int iResult, bool blStale, Status& status)
     if (blStale)
         return failStale(status, iResult);
     failSqlite(status, m_store.pDb, iResult, &m_store.definition);
-    if (m_blInTransaction && !m_store.blOwnTransaction && sqlite3_get_autocommit(m_store.pDb) != 0)
-        status.text += " SQLite has rolled back the whole transaction.";
+    noteRollback(status, m_store.pDb, m_blInTransaction && !m_store.blOwnTransaction);
     return false;
 }
 

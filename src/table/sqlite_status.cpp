@@ -169,4 +169,10 @@ bool failStale(Status& status, int iResult)
                     "back and begin again with vorn::Transaction, which takes the writer's lock at once.");
 }
 
+void noteRollback(Status& status, sqlite3* pDb, bool blHadTransaction)
+{
+    if (blHadTransaction && sqlite3_get_autocommit(pDb) != 0)
+        status.text += " SQLite has rolled back the whole transaction.";
+}
+
 }  // namespace vorn

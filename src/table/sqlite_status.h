@@ -30,6 +30,9 @@ bool failPrepare(Status& status, sqlite3* pDb, int iResult);
 // For a lock that waiting cannot cure.
 bool failStale(Status& status, int iResult);
 
+// Adds to a failure that SQLite has rolled back the whole transaction, where the caller had one open and now has none.
+void noteRollback(Status& status, sqlite3* pDb, bool blHadTransaction);
+
 }  // namespace vorn
 
 #endif  // VORN_SQLITE_STATUS_H

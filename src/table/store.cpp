@@ -64,8 +64,8 @@ bool Store::look(Waiter& waiter, Status& status)
     Facts facts;
     for (const bool blAgain : {false, true})
     {
-        if (blAgain)
-            refreshSchema(pDb, definition);
+        if (blAgain && !refreshSchema(pDb, definition, status))
+            return false;
         if (!readFacts(pDb, definition, waiter, facts, status))
             return false;
         if (facts.blExists && facts.strMissing.empty())

@@ -126,7 +126,7 @@ bool Transaction::Inside::rollback()
     if (!blWasOpen || isOpen())
         return end(strRollback);
     failSqlite(status, pDb, sqlite3_extended_errcode(pDb));
-    status.text += " SQLite has rolled back the whole transaction.";
+    noteRollback(status, pDb, true);
     return false;
 }
 

@@ -79,10 +79,10 @@ bool upgradeTable(Store& store, Status& status)
     std::vector<std::string> tried;
     for (;;)
     {
-        refreshSchema(store.pDb, store.definition);
         Facts facts;
         std::vector<std::string> texts;
-        if (!readFacts(store.pDb, store.definition, waiter, facts, status) ||
+        if (!refreshSchema(store.pDb, store.definition, status) ||
+            !readFacts(store.pDb, store.definition, waiter, facts, status) ||
             (facts.blExists && !upgradeTexts(store, facts, waiter, texts, status)))
             return false;
         if (!facts.blExists)

@@ -207,8 +207,9 @@ TEST(TableMemory, ThatRunsOutEndsAnOperationWholeOrNotAtAllAndLeavesNothingBehin
                                 allocator, Failure::Once, Mode::Prepared);
             const long nBefore = faults::outstanding(Allocator::Sqlite);
             for (const Failure failure : {Failure::Once, Failure::FromThereOn})
-                for (const Mode mode : {Mode::Prepared, Mode::Anew, Mode::Within})
+                for (const Mode mode : {Mode::Prepared, Mode::Anew})
                     nFailed += failEveryAllocation(operation, allocator, failure, mode);
+            nFailed += failEveryAllocation(operation, allocator, Failure::FromThereOn, Mode::Within);
             EXPECT_EQ(nBefore, faults::outstanding(Allocator::Sqlite)) << operation.szName << " leaks";
         }
     EXPECT_LT(1000, nFailed);
@@ -310,7 +311,8 @@ constexpr Fault kFaults[] = {
 };
 
 // Every request of that kind fails in turn.
-void failEveryRequest(const Operation& operation, const char* szJournal, const Fault& fault, bool blStays)
+void failEveryRequest(const Operation& operation, const char* szJournal, const Fault& fault, bool blStays,
+                      bool blWithin)
 {
     constexpr long kMost = 1000;
     FaultyVfs vfs;
@@ -324,20 +326,24 @@ void failEveryRequest(const Operation& operation, const char* szJournal, const F
         sqlite3_db_release_memory(pDb);
         sqlite3_db_cacheflush(pDb);
         Json::Value jOut;
+        if (blWithin)
+            stage.db().run("BEGIN");
         vfs.fail(fault.request, fault.status, nth, blStays);
         const long long nResult = operation.call(stage.table(), jOut);
         const bool blStruck = vfs.struck();
         vfs.heal();
-        const Texts rows = stage.rows();
         const vorn::Status& status = stage.table().status();
+        const bool blEnded = blWithin && stage.db().run("COMMIT") != SQLITE_OK;
+        const bool blSaid = status.text.find("rolled back the whole transaction") != std::string::npos;
+        const Texts rows = stage.rows();
         const bool blTold = nResult >= 0 ? rows == after
                                          : rows == before && jOut.isNull() &&
                                                (status.code == fault.code || status.code == Code::Sqlite);
-        if (!blTold || busyStatements(pDb) != 0 || sqlite3_get_autocommit(pDb) == 0)
+        if (!blTold || blEnded != blSaid || busyStatements(pDb) != 0 || sqlite3_get_autocommit(pDb) == 0)
         {
             ADD_FAILURE() << operation.szName << ", " << szJournal << ", request " << nth << " " << fault.request
-                          << (blStays ? " and all after it" : "") << ": result " << nResult << ", " << describe(status)
-                          << testing::PrintToString(rows);
+                          << (blStays ? " and all after it" : "") << (blWithin ? " in BEGIN" : "") << ": result "
+                          << nResult << ", " << describe(status) << testing::PrintToString(rows);
             return;
         }
         if (rows != before)
@@ -355,6 +361,9 @@ TEST(TableStorage, ThatFailsEndsAnOperationWholeOrNotAtAllAndTheFileWorksAgain)
     for (const Operation& operation : operations())
         for (const char* szJournal : {"DELETE", "WAL"})
             for (const Fault& fault : kFaults)
+            {
                 for (const bool blStays : {false, true})
-                    failEveryRequest(operation, szJournal, fault, blStays);
+                    failEveryRequest(operation, szJournal, fault, blStays, false);
+                failEveryRequest(operation, szJournal, fault, false, true);
+            }
 }
