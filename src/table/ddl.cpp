@@ -82,8 +82,7 @@ std::string columnText(const Member& member)
         strText += " NOT NULL";
     BoundValue value;
     Status unused;  // the definition has checked the default
-    toBound(member, member.jDefault, member.name, value, unused);
-    if (value.kind() != BoundValue::Kind::Null)
+    if (!member.jDefault.isNull() && toBound(member, member.jDefault, member.name, value, unused))
         strText += " DEFAULT " + literal(value);
     return strText;
 }
