@@ -160,7 +160,9 @@ void DeviceModel::create()
     else
         EXPECT_TRUE(done(table(), table().recCreate(jRecord)));
     if (blSave || blReadBack)
+    {
         EXPECT_EQ(toJson(iId), jOut);
+    }
 }
 
 void DeviceModel::createSeveral()
@@ -172,7 +174,9 @@ void DeviceModel::createSeveral()
         jRecords.append(toJson(m_iNextId++));
     }
     if (m_pDevice != nullptr)
+    {
         EXPECT_TRUE(done(table(), table().recCreateAll(jRecords), jRecords.size()));
+    }
 }
 
 void DeviceModel::save()
@@ -282,11 +286,13 @@ void DeviceModel::remove(std::size_t count)
         for (const Json::Value& jId : jIds)
             EXPECT_TRUE(done(table(), table().runSql("DELETE FROM device WHERE id = :id", one("id", jId), jRows), 1));
     if (!m_records.empty())
+    {
         EXPECT_TRUE(
             done(table(),
                  table().recUpdateByFilter(one("id", m_records.begin()->first),
                                            one("amount", static_cast<Json::Int64>(m_records.begin()->second.nAmount))),
                  1));
+    }
     EXPECT_EQ(0, transaction.commit()) << describe(transaction.status());
 }
 
@@ -426,7 +432,9 @@ void DeviceModel::empty()
     const auto nRecords = static_cast<long long>(m_records.size());
     m_records.clear();
     if (m_pDevice != nullptr)
+    {
         EXPECT_TRUE(done(table(), table().recDeleteAll(), nRecords));
+    }
 }
 
 }  // namespace table_tests

@@ -141,7 +141,8 @@ protected:
         EXPECT_EQ(std::vector<std::string>{"ok"}, db.rows("PRAGMA integrity_check"));
         const auto rows = db.rows("SELECT * FROM device ORDER BY id");
         const std::size_t columns = db.rows("PRAGMA table_info(device)").size();
-        const auto isSame = [&] { return columns == m_nColumns + m_model.level() && rows == m_model.rows(); };
+        const auto isSame = [&]
+        { return columns == m_nColumns + static_cast<std::size_t>(m_model.level()) && rows == m_model.rows(); };
         if (blKilled && !isSame() && m_model.steps() < m_nOperations)
         {
             m_model.step(nullptr);

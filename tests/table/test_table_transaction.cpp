@@ -103,8 +103,10 @@ TEST(TableTransaction, InsideAVisitorMayEndAnyWayAndTheRestIsVisited)
                 jFilter["id"] = jRecord["id"];
                 EXPECT_EQ(1, t->recUpdateByFilter(jFilter, json(R"({"name": "seen"})")));
                 if (end != End::Scope)
+                {
                     EXPECT_EQ(0, end == End::Commit ? transaction.commit() : transaction.rollback())
                         << describe(transaction.status());
+                }
                 return true;
             };
             EXPECT_TRUE(done(*t, t->recForEach(json("{}"), visit), 3));
@@ -243,7 +245,9 @@ TEST(TableTransaction, AroundBothClassesKeepsOthersOutAndStoresAllOrNothing)
                 if (end == End::Throw)
                     throw Own();
                 if (end != End::Scope)
+                {
                     EXPECT_EQ(0, end == End::Commit ? transaction.commit() : transaction.rollback());
+                }
             };
             if (end == End::Throw)
                 EXPECT_THROW(work(), Own);

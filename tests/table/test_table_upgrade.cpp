@@ -227,7 +227,9 @@ TEST(TableUpgrade, ThatMemoryFailsLeavesTheOldTableAndIsDoneTheNextTime)
             blStruck = shortage.struck();
             EXPECT_NE(0, sqlite3_get_autocommit(db.handle()));
             if (iResult != 0)
+            {
                 EXPECT_EQ(before, stateOf(db));
+            }
             EXPECT_TRUE(done(table, table.tableUpgrade()));
             EXPECT_TRUE(done(table, table.recCount(json(R"({"level": 5})")), 2));
         }
