@@ -16,7 +16,7 @@ ctest --test-dir "$folder" --parallel "$jobs" --output-on-failure --label-exclud
 # Branches that only an exception takes, and those that no source text holds, are not counted: g++ adds two to nearly
 # every call.
 mkdir -p "$folder/report"
-gcovr --root . --filter src/ --object-directory "$folder/src" --exclude-throw-branches --exclude-unreachable-branches \
+gcovr --root . --filter src/ --object-directory "$folder" --exclude-throw-branches --exclude-unreachable-branches \
     --branches --html-details "$folder/report/index.html" --json "$folder/report/all.json" --print-summary "$@" "$folder/src"
 for room in src/*/; do
     say "== $room"
