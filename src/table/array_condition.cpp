@@ -5,6 +5,7 @@
 #include <set>
 
 #include "../core/json_text.h"
+#include "../core/text.h"
 #include "cell_value.h"
 #include "condition_parts.h"
 #include "failure.h"
@@ -21,8 +22,7 @@ bool writeSize(ConditionParts& parts, const Subject& subject, const Json::Value&
 {
     BoundValue size;
     if (jOperand.isNull())
-        return fail(parts.status, Code::BadType, subject.name,
-                    shown(subject.name) + " wants a whole number for $size.");
+        return fail(parts.status, Code::BadType, subject.name, "% wants a whole number for $size.");
     if (!toBound(wholeNumberMember(), jOperand, subject.name, size, parts.status))
         return false;
     if (size.integer() < 0)
@@ -30,7 +30,7 @@ bool writeSize(ConditionParts& parts, const Subject& subject, const Json::Value&
     const std::string strRow = writeExists(parts, subject, blNegated);
     if (strRow.empty())
         return false;
-    parts.strSql += "CASE " + strRow + ".type WHEN 'array' THEN json_array_length(" + strRow + ".value) END=?)";
+    appendAll(parts.strSql, {"CASE ", strRow, ".type WHEN 'array' THEN json_array_length(", strRow, ".value) END=?)"});
     parts.values.push_back(std::move(size));
     return true;
 }
@@ -62,9 +62,10 @@ bool writeAll(ConditionParts& parts, const Subject& subject, const Json::Value& 
     if (strRow.empty())
         return false;
     const std::string strItem = strRow + 'i';
-    parts.strSql += "(SELECT count(DISTINCT " + rowValue(strItem) + ") FROM json_each(CASE " + strRow +
-                    ".type WHEN 'array' THEN " + strRow + ".value END) AS " + strItem + " WHERE " + rowValue(strItem) +
-                    " IN ";
+    const std::string strValue = rowValue(strItem);
+    appendAll(parts.strSql,
+              {"(SELECT count(DISTINCT ", strValue, ") FROM json_each(CASE ", strRow, ".type WHEN 'array' THEN ",
+               strRow, ".value END) AS ", strItem, " WHERE ", strValue, " IN "});
     writeJsonList(list, parts.listMax, parts.strSql, parts.values);
     parts.strSql += ")=?)";
     parts.values.push_back(BoundValue::integer(static_cast<std::int64_t>(different.size())));
@@ -78,8 +79,7 @@ bool writeArrayCondition(ConditionParts& parts, const Subject& subject, Operator
 {
     const ValueClass valueClass = subject.pMember->pType->valueClass;
     if (!subject.blPath && valueClass != ValueClass::Array && valueClass != ValueClass::AnyJson)
-        return fail(parts.status, Code::BadType, subject.name,
-                    shown(subject.name) + " holds no arrays, which $all and $size are for.");
+        return fail(parts.status, Code::BadType, subject.name, "% holds no arrays, which $all and $size are for.");
     ++parts.given;
     return op == Operator::All ? writeAll(parts, subject, jOperand, blNegated)
                                : writeSize(parts, subject, jOperand, blNegated);

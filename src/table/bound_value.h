@@ -32,28 +32,37 @@ public:
     static BoundValue integer(std::int64_t iValue)
     {
         BoundValue value(Kind::Integer);
-        value.m_iValue = iValue;
+        value.m_content.iValue = iValue;
         return value;
     }
     static BoundValue real(double dValue)
     {
         BoundValue value(Kind::Real);
-        value.m_dValue = dValue;
+        value.m_content.dValue = dValue;
         return value;
     }
     // The characters belong to the caller, who keeps them until the statement has been reset.
     static BoundValue borrowed(std::string_view text)
     {
         BoundValue value(Kind::Text);
-        value.m_szText = text.data();
+        value.m_content.szText = text.data();
         value.m_length = text.size();
         return value;
     }
     static BoundValue owned(std::string strText)
     {
-        auto pText = std::make_shared<const std::string>(std::move(strText));
+        std::unique_ptr<const std::string> pText(new std::string(std::move(strText)));
         BoundValue value = borrowed(*pText);
         value.m_pOwned = std::move(pText);
+        return value;
+    }
+
+    // The same value, borrowed from this one.
+    BoundValue alias() const
+    {
+        BoundValue value(m_kind);
+        value.m_content = m_content;
+        value.m_length = m_length;
         return value;
     }
 
@@ -61,15 +70,15 @@ public:
     static BoundValue sqlite(sqlite3_value* pValue)
     {
         BoundValue value(Kind::Value);
-        value.m_pValue = pValue;
+        value.m_content.pValue = pValue;
         return value;
     }
 
     Kind kind() const { return m_kind; }
-    std::int64_t integer() const { return m_iValue; }
-    double real() const { return m_dValue; }
-    sqlite3_value* sqlite() const { return m_pValue; }
-    std::string_view text() const { return {m_szText, m_length}; }
+    std::int64_t integer() const { return m_content.iValue; }
+    double real() const { return m_content.dValue; }
+    sqlite3_value* sqlite() const { return m_content.pValue; }
+    std::string_view text() const { return {m_content.szText, m_length}; }
 
 private:
     explicit BoundValue(Kind kind) : m_kind(kind) {}
@@ -77,13 +86,13 @@ private:
     Kind m_kind = Kind::Null;
     union
     {
-        std::int64_t m_iValue = 0;
-        double m_dValue;
-        sqlite3_value* m_pValue;
-        const char* m_szText;
-    };
+        std::int64_t iValue = 0;
+        double dValue;
+        sqlite3_value* pValue;
+        const char* szText;
+    } m_content;
     std::size_t m_length = 0;
-    std::shared_ptr<const std::string> m_pOwned;  // the text, where nobody else keeps it
+    std::unique_ptr<const std::string> m_pOwned;  // the text, where nobody else keeps it
 };
 
 }  // namespace vorn

@@ -149,8 +149,8 @@ bool isJson(ValueClass valueClass)
 
 bool report(Fit fit, const Member& member, std::string_view path, Status& status)
 {
-    return fail(status, fit == Fit::WrongKind ? Code::BadType : Code::OutOfRange, path,
-                shown(path) + " must be " + describe(member) + '.');
+    return fail(status, fit == Fit::WrongKind ? Code::BadType : Code::OutOfRange, path, "% must be ^.",
+                describe(member));
 }
 
 }  // namespace

@@ -75,7 +75,7 @@ long long deleteByTexts(Store& store, const std::vector<std::string>& values, co
     if (pMember == nullptr)
     {
         const std::string_view name = szKey != nullptr ? szKey : "";
-        fail(status, Code::UnknownMember, name, "The definition has no member " + shown(name) + '.');
+        fail(status, Code::UnknownMember, name, "The definition has no member %.");
         return -1;
     }
     Json::Value jList(Json::arrayValue);
@@ -83,8 +83,7 @@ long long deleteByTexts(Store& store, const std::vector<std::string>& values, co
     const auto readValue = [&](const std::string& strValue, Json::Value& jValue)
     {
         return readText(*pMember, strValue, reader, store.strictReader, jValue) == Cell::Value ||
-               fail(status, Code::BadType, szKey,
-                    "A text by which to delete is not that of " + std::string(describe(*pMember)) + '.');
+               fail(status, Code::BadType, szKey, "A text by which to delete is not that of ^.", describe(*pMember));
     };
     if (values.size() == 1)
     {

@@ -2,13 +2,18 @@
 //
 // How the table in the database differs from the definition.
 
+#include <sqlite3.h>
+
 #include <algorithm>
 
+#include "../core/text.h"
 #include "cell_value.h"
 #include "ddl.h"
 #include "failure.h"
+#include "join.h"
 #include "operations.h"
 #include "query.h"
+#include "sqlite_status.h"
 
 namespace vorn
 {
@@ -21,13 +26,13 @@ std::string_view affinityOf(const std::string& strType)
 {
     struct Rule
     {
-        const char* szPart;
+        const char* szPattern;
         const char* szAffinity;
     };
-    static constexpr Rule kRules[] = {{"int", "INTEGER"}, {"char", "TEXT"}, {"clob", "TEXT"}, {"text", "TEXT"},
-                                      {"blob", "BLOB"},   {"real", "REAL"}, {"floa", "REAL"}, {"doub", "REAL"}};
+    static constexpr Rule kRules[] = {{"%int%", "INTEGER"}, {"%char%", "TEXT"}, {"%clob%", "TEXT"}, {"%text%", "TEXT"},
+                                      {"%blob%", "BLOB"},   {"%real%", "REAL"}, {"%floa%", "REAL"}, {"%doub%", "REAL"}};
     for (const Rule& rule : kRules)
-        if (sqlite3_strlike(("%" + std::string(rule.szPart) + "%").c_str(), strType.c_str(), 0) == 0)
+        if (sqlite3_strlike(rule.szPattern, strType.c_str(), 0) == 0)
             return rule.szAffinity;
     return strType.empty() ? "BLOB" : "NUMERIC";
 }
@@ -94,13 +99,13 @@ bool reportCells(Store& store, const Facts& facts, Waiter& waiter, Json::Value& 
         if (columnOf(facts, member.name) != nullptr)
         {
             members.push_back(&member);
-            strSql += (strSql.empty() ? "SELECT " : ", ") + member.strColumn;
+            appendAll(strSql, {strSql.empty() ? "SELECT " : ", ", member.strColumn});
         }
     if (members.empty())
         return true;
     if (!facts.strRowid.empty())
-        strSql += ", " + facts.strRowid;
-    strSql += " FROM " + store.definition.quotedName();
+        appendAll(strSql, {", ", facts.strRowid});
+    appendAll(strSql, {" FROM ", store.definition.quotedName()});
 
     std::vector<JsonReader> readers(members.size());
     const auto lookAt = [&](sqlite3_stmt* pRow)
@@ -115,7 +120,7 @@ bool reportCells(Store& store, const Facts& facts, Waiter& waiter, Json::Value& 
             jCell["member"] = toJson(members[i]->name);
             if (!facts.strRowid.empty())
                 jCell["rowid"] = static_cast<Json::Int64>(sqlite3_column_int64(pRow, static_cast<int>(members.size())));
-            jCell["text"] = "What is stored is not " + std::string(describe(*members[i])) + '.';
+            jCell["text"] = join({"What is stored is not ", describe(*members[i]), "."});
             jCells.append(std::move(jCell));
         }
     };
@@ -152,7 +157,7 @@ bool checkTable(Store& store, Json::Value& jReportOut, bool blCells, Status& sta
     jReportOut.swapPayload(jReport);
     if (!facts.strMissing.empty())
         return failMissing(store.definition, facts, status);
-    return strBad.empty() || failCell(status, *store.definition.find(strBad), "");
+    return strBad.empty() || failCell(status, *store.definition.find(strBad));
 }
 
 }  // namespace vorn

@@ -30,7 +30,7 @@ bool isJson(ValueClass valueClass)
 
 bool failKind(ConditionParts& parts, const Subject& subject, const char* szText)
 {
-    return fail(parts.status, Code::BadType, subject.name, shown(subject.name) + szText);
+    return fail(parts.status, Code::BadType, subject.name, szText);
 }
 
 void append(ConditionParts& parts, const Subject& subject, const char* szRest)
@@ -97,9 +97,9 @@ bool toOperand(ConditionParts& parts, const Subject& subject, const Json::Value&
 {
     const ValueClass valueClass = subject.pMember->pType->valueClass;
     if (valueClass == ValueClass::Bool || isJson(valueClass))
-        return failKind(parts, subject, " is neither a number nor a text, and has no order.");
+        return failKind(parts, subject, "% is neither a number nor a text, and has no order.");
     if (jOperand.isNull())
-        return failKind(parts, subject, " cannot be compared with null; use $exists.");
+        return failKind(parts, subject, "% cannot be compared with null; use $exists.");
     if (!isWhole(valueClass))
         return toBound(*subject.pMember, jOperand, subject.name, value, parts.status);
     if (jOperand.isInt64())
@@ -111,10 +111,9 @@ bool toOperand(ConditionParts& parts, const Subject& subject, const Json::Value&
         return true;
     }
     if (!jOperand.isNumeric())
-        return failKind(parts, subject, " can be compared with numbers only.");
+        return failKind(parts, subject, "% can be compared with numbers only.");
     if (!std::isfinite(jOperand.asDouble()))
-        return fail(parts.status, Code::OutOfRange, subject.name,
-                    shown(subject.name) + " can be compared with finite numbers only.");
+        return fail(parts.status, Code::OutOfRange, subject.name, "% can be compared with finite numbers only.");
     value = BoundValue::real(jOperand.asDouble());
     return true;
 }
@@ -178,20 +177,20 @@ bool writePositive(ConditionParts& parts, const Subject& subject, Operator op, c
 
 bool checkList(ConditionParts& parts, const Subject& subject, const Json::Value& jOperand)
 {
-    return jOperand.isArray() || failKind(parts, subject, " wants an array of values here.");
+    return jOperand.isArray() || failKind(parts, subject, "% wants an array of values here.");
 }
 
 bool checkFlag(ConditionParts& parts, const Subject& subject, const Json::Value& jOperand)
 {
-    return jOperand.isBool() || failKind(parts, subject, " wants true or false for $exists.");
+    return jOperand.isBool() || failKind(parts, subject, "% wants true or false for $exists.");
 }
 
 bool checkPattern(ConditionParts& parts, const Subject& subject, Operator op, const Json::Value& jOperand)
 {
     if (!subject.blPath && subject.pMember->pType->valueClass != ValueClass::String)
-        return failKind(parts, subject, " is no text, which $beginsWith, $like and $glob are for.");
+        return failKind(parts, subject, "% is no text, which $beginsWith, $like and $glob are for.");
     if (!jOperand.isString())
-        return failKind(parts, subject, " wants a text here.");
+        return failKind(parts, subject, "% wants a text here.");
     if (op == Operator::BeginsWith)
         return true;
     const std::string_view pattern = textOf(jOperand);
@@ -200,8 +199,8 @@ bool checkPattern(ConditionParts& parts, const Subject& subject, Operator op, co
                     "A pattern must not hold a NUL.");
     const int iMax = sqlite3_limit(parts.pDb, SQLITE_LIMIT_LIKE_PATTERN_LENGTH, -1);
     if (pattern.size() > static_cast<std::size_t>(iMax))
-        return fail(parts.status, Code::OutOfRange, subject.name,
-                    "A pattern must not be longer than " + std::to_string(iMax) + " bytes.");
+        return fail(parts.status, Code::OutOfRange, subject.name, "A pattern must not be longer than ^ bytes.",
+                    std::to_string(iMax));
     return true;
 }
 

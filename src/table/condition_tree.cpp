@@ -3,7 +3,7 @@
 #include "condition_tree.h"
 
 #include <algorithm>
-#include <iterator>
+#include <utility>
 
 namespace vorn
 {
@@ -95,8 +95,8 @@ void ConditionTree::writeNode(Node node, std::string& strSql,  // NOLINT(misc-no
     if (entry.kind == Kind::Condition)
     {
         strSql.append(m_strText, entry.first, entry.last - entry.first);
-        std::move(m_values.begin() + static_cast<std::ptrdiff_t>(entry.valuesBegin),
-                  m_values.begin() + static_cast<std::ptrdiff_t>(entry.valuesEnd), std::back_inserter(values));
+        for (std::size_t i = entry.valuesBegin; i < entry.valuesEnd; ++i)
+            values.push_back(std::move(m_values[i]));
         return;
     }
     if (entry.count == 0)
@@ -114,8 +114,10 @@ void ConditionTree::writeNode(Node node, std::string& strSql,  // NOLINT(misc-no
     Node child = entry.first;
     for (std::uint32_t i = 0; i < entry.count; ++i, child = m_nodes[child].next)
         children.push_back(child);
-    std::stable_sort(children.begin(), children.end(),
-                     [this](Node left, Node right) { return m_nodes[left].weight > m_nodes[right].weight; });
+    Node& heaviest =
+        *std::max_element(children.begin(), children.end(),
+                          [this](Node left, Node right) { return m_nodes[left].weight < m_nodes[right].weight; });
+    std::swap(children.front(), heaviest);
     writeJoined(children, 0, children.size(), entry.kind, strSql, values);
 }
 

@@ -4,7 +4,6 @@
 
 #include <sqlite3.h>
 
-#include <cstring>
 #include <limits>
 
 #include "../core/json_members.h"
@@ -13,6 +12,7 @@
 #include "condition_tree.h"
 #include "equal_filters.h"
 #include "failure.h"
+#include "join.h"
 #include "request_keys.h"
 #include "suggestion.h"
 
@@ -113,30 +113,28 @@ private:
         if (RequestKeys::keyOf(name) != RequestKeys::None)
             return takeKey(name, jValue, level);
         if (operatorOf(name) != nullptr)
-            return fail(m_status, Code::BadRequest, name,
-                        shown(name) + " belongs to a member: {\"member\": {" + shown(name) + ": ...}}.");
+            return fail(m_status, Code::BadRequest, name, "% belongs to a member: {\"member\": {%: ...}}.");
         std::string strNearest(nearestLogic(name));
         if (strNearest.empty() && *RequestKeys::nearest(name) != '\0')
-            strNearest = std::string("$") + RequestKeys::nearest(name);
-        return fail(m_status, Code::BadRequest, name,
-                    shown(name) + " means nothing in a filter" + didYouMean(strNearest));
+            strNearest = join({"$", RequestKeys::nearest(name)});
+        return fail(m_status, Code::BadRequest, name, "% means nothing in a filter^", didYouMean(strNearest));
     }
 
     bool takeKey(std::string_view name, const Json::Value& jValue, int level)
     {
         if (m_kind == FilterKind::Filter)
             return fail(m_status, Code::BadRequest, name,
-                        shown(name) + " belongs to requests: recList(), recForEach(), recGetOne() and explain().");
+                        "% belongs to requests: recList(), recForEach(), recGetOne() and explain().");
         if (level > 1)
             return fail(m_status, Code::BadRequest, name,
-                        shown(name) + " belongs to the request itself, not to a filter inside it.");
+                        "% belongs to the request itself, not to a filter inside it.");
         return m_keys.take(RequestKeys::keyOf(name), name, jValue, m_status);
     }
 
     bool checkLevel(std::string_view name, int level)
     {
-        return level <= kMaxLevel || fail(m_status, Code::BadRequest, name,
-                                          "Filters nest at most " + std::to_string(kMaxLevel) + " levels deep.");
+        return level <= kMaxLevel ||
+               fail(m_status, Code::BadRequest, name, "Filters nest at most ^ levels deep.", std::to_string(kMaxLevel));
     }
 
     bool readLogic(const LogicName& logicName, const Json::Value& jValue,  // NOLINT(misc-no-recursion): kMaxLevel
@@ -189,7 +187,7 @@ private:
 
     bool failLogic(std::string_view name)
     {
-        return fail(m_status, Code::BadRequest, name, shown(name) + " wants an array of filters that is not empty.");
+        return fail(m_status, Code::BadRequest, name, "% wants an array of filters that is not empty.");
     }
 
     bool readRaw(const Json::Value& jFilter, std::string_view name, const Json::Value& jValue, bool blNegated,
@@ -251,14 +249,12 @@ private:
 
     bool failOperator(std::string_view name)
     {
-        std::string strText = shown(name);
         if (name.substr(0, 1) != "$")
-            strText += " is no operator and cannot stand beside operators; an object that is a value needs $eq.";
-        else if (logicOf(name) != nullptr)
-            strText += " joins filters and stands beside members, not inside one.";
-        else
-            strText += " is no operator" + didYouMean(nearestOperator(name));
-        return fail(m_status, Code::BadRequest, name, strText);
+            return fail(m_status, Code::BadRequest, name,
+                        "% is no operator and cannot stand beside operators; an object that is a value needs $eq.");
+        if (logicOf(name) != nullptr)
+            return fail(m_status, Code::BadRequest, name, "% joins filters and stands beside members, not inside one.");
+        return fail(m_status, Code::BadRequest, name, "% is no operator^", didYouMean(nearestOperator(name)));
     }
 
     bool write(const Subject& subject, Operator op, const Json::Value& jOperand, bool blNegated,
@@ -308,8 +304,7 @@ bool compileEqual(const Member& member, const Json::Value& jValue, Compiled& com
 {
     if (!toBound(member, jValue, member.name, compiled.values.emplace_back(), status))
         return false;
-    compiled.strSql.reserve(member.strColumn.size() + std::strlen(" WHERE  = ?"));
-    compiled.strSql.append(" WHERE ").append(member.strColumn).append(" = ?");
+    compiled.strSql = join({" WHERE ", member.strColumn, " = ?"});
     return compiled.blCondition = true;
 }
 
@@ -330,8 +325,8 @@ bool compile(const Definition& definition, sqlite3* pDb, const Json::Value& jFil
         if (compiled.values.size() <= iMaxValues)
             return true;
     }
-    return fail(status, Code::BadRequest, "",
-                "The filter has more values than SQLite's limit of " + std::to_string(iMaxValues) + " parameters.");
+    return fail(status, Code::BadRequest, "", "The filter has more values than SQLite's limit of ^ parameters.",
+                std::to_string(iMaxValues));
 }
 
 }  // namespace vorn

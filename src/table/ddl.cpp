@@ -5,7 +5,9 @@
 #include <algorithm>
 #include <charconv>
 
+#include "../core/text.h"
 #include "cell_value.h"
+#include "join.h"
 #include "query.h"
 
 namespace vorn
@@ -77,13 +79,13 @@ const char* columnTypeName(const Member& member)
 
 std::string columnText(const Member& member)
 {
-    std::string strText = member.strQuoted + ' ' + columnTypeName(member);
+    std::string strText = join({member.strQuoted, " ", columnTypeName(member)});
     if (member.blKey || member.blRequired)
         strText += " NOT NULL";
     BoundValue value;
     Status unused;  // the definition has checked the default
     if (!member.jDefault.isNull() && toBound(member, member.jDefault, member.name, value, unused))
-        strText += " DEFAULT " + literal(value);
+        appendAll(strText, {" DEFAULT ", literal(value)});
     return strText;
 }
 
@@ -97,21 +99,20 @@ std::string createTableText(const Definition& definition)
         // Alone, a key of an integer type is the rowid and numbers itself.
         if (isSoleKey(definition, member) && std::string_view(columnTypeName(member)) == "INTEGER")
         {
-            strColumns += member.strQuoted + " INTEGER PRIMARY KEY";
+            appendAll(strColumns, {member.strQuoted, " INTEGER PRIMARY KEY"});
             continue;
         }
         strColumns += columnText(member);
         if (member.blKey)
-            strKey += (strKey.empty() ? "" : ", ") + member.strQuoted;
+            appendAll(strKey, {strKey.empty() ? ", PRIMARY KEY (" : ", ", member.strQuoted});
     }
-    return "CREATE TABLE " + definition.quotedName() + " (" + strColumns +
-           (strKey.empty() ? "" : ", PRIMARY KEY (" + strKey + ')') + ')';
+    return join({"CREATE TABLE ", definition.quotedName(), " (", strColumns, strKey, strKey.empty() ? ")" : "))"});
 }
 
 bool NameSet::read(sqlite3* pDb, const std::string& strSchema, Waiter& waiter, Status& status)
 {
     m_strSchema = quoted(strSchema);
-    return eachRow(pDb, "SELECT name FROM " + m_strSchema + ".sqlite_master", waiter, status,
+    return eachRow(pDb, join({"SELECT name FROM ", m_strSchema, ".sqlite_master"}), waiter, status,
                    [this](sqlite3_stmt* pRow) { m_names.push_back(columnString(pRow, 0)); });
 }
 
@@ -124,16 +125,16 @@ std::string NameSet::unused(const std::string& strName)
                            [&strFree](const std::string& strOther) { return sameName(strFree, strOther); });
     };
     for (int i = 2; isTaken(); ++i)
-        strFree = strName + ':' + std::to_string(i);
+        strFree = join({strName, ":", std::to_string(i)});
     m_names.push_back(strFree);
     return strFree;
 }
 
 std::string indexText(const Definition& definition, const Member& member, bool blUnique, NameSet& names)
 {
-    const std::string strName = definition.name() + ':' + std::string(member.name) + (blUnique ? ":unique" : ":index");
-    return (blUnique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ") + names.schema() + '.' +
-           quoted(names.unused(strName)) + " ON " + definition.quotedName() + " (" + member.strQuoted + ')';
+    const std::string strName = join({definition.name(), ":", member.name, blUnique ? ":unique" : ":index"});
+    return join({blUnique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ", names.schema(), ".",
+                 quoted(names.unused(strName)), " ON ", definition.quotedName(), " (", member.strQuoted, ")"});
 }
 
 }  // namespace vorn

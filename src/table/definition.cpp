@@ -4,7 +4,7 @@
 
 #include <sqlite3.h>
 
-#include <algorithm>
+#include <cstdlib>
 
 #include "../core/json_members.h"
 #include "../core/schema.h"
@@ -18,9 +18,9 @@ namespace vorn
 namespace
 {
 
-bool failDefinition(Status& status, std::string_view member, std::string text)
+bool failDefinition(Status& status, std::string_view member, const char* szText)
 {
-    return fail(status, Code::BadDefinition, member, std::move(text));
+    return fail(status, Code::BadDefinition, member, szText);
 }
 
 const Json::Value* memberOf(const Json::Value& jObject, std::string_view name)
@@ -34,7 +34,7 @@ bool readFlag(const Json::Value& jEntry, std::string_view flag, std::string_view
     if (pFlag == nullptr)
         return true;
     if (!pFlag->isBool())
-        return failDefinition(status, member, "\"" + std::string(flag) + "\" in the definition must be a boolean.");
+        return fail(status, Code::BadDefinition, member, "\"^\" in the definition must be a boolean.", flag);
     blFlag = pFlag->asBool();
     return true;
 }
@@ -64,9 +64,8 @@ bool readMember(std::string_view name, const Json::Value& jEntry, Member& member
     {
         if (!checkValue(member, *pDefault, name, status))
         {
-            status.code = Code::BadDefinition;
-            status.text = "The default in the definition does not fit: " + status.text;
-            return false;
+            const std::string strText = std::move(status.text);
+            return fail(status, Code::BadDefinition, name, "The default in the definition does not fit: ^", strText);
         }
         if (member.blUnique && !pDefault->isNull())
             return failDefinition(status, name, "A \"unique\" member can have no default but null.");
@@ -80,18 +79,18 @@ bool readMember(std::string_view name, const Json::Value& jEntry, Member& member
 // Names that differ in ASCII case only are one name to SQLite.
 bool checkCase(const std::vector<Member>& members, Status& status)
 {
-    std::vector<const Member*> sorted;
-    sorted.reserve(members.size());
+    std::vector<const char*> names;
+    names.reserve(members.size());
     for (const Member& member : members)
-        sorted.push_back(&member);
-    std::sort(sorted.begin(), sorted.end(),
-              [](const Member* pLeft, const Member* pRight)
-              { return sqlite3_stricmp(pLeft->name.data(), pRight->name.data()) < 0; });
-    const auto same = std::adjacent_find(sorted.begin(), sorted.end(),
-                                         [](const Member* pLeft, const Member* pRight)
-                                         { return sqlite3_stricmp(pLeft->name.data(), pRight->name.data()) == 0; });
-    return same == sorted.end() ||
-           failDefinition(status, (*same)->name, "Two members' names differ in the case of ASCII letters only.");
+        names.push_back(member.name.data());
+    std::qsort(
+        names.data(), names.size(), sizeof names[0],
+        [](const void* pLeft, const void* pRight)
+        { return sqlite3_stricmp(*static_cast<const char* const*>(pLeft), *static_cast<const char* const*>(pRight)); });
+    for (std::size_t i = 1; i < names.size(); ++i)
+        if (sqlite3_stricmp(names[i - 1], names[i]) == 0)
+            return failDefinition(status, names[i - 1], "Two members' names differ in the case of ASCII letters only.");
+    return true;
 }
 
 }  // namespace

@@ -4,11 +4,12 @@
 
 #include <sqlite3.h>
 
-#include <algorithm>
-#include <map>
-
+#include "../core/text.h"
 #include "definition.h"
+#include "join.h"
+#include "prepare.h"
 #include "query.h"
+#include "sqlite_status.h"
 
 namespace vorn
 {
@@ -19,7 +20,7 @@ namespace
 bool readColumns(sqlite3* pDb, const Definition& definition, Waiter& waiter, std::vector<TableColumn>& columns,
                  Status& status)
 {
-    return eachRow(pDb, "PRAGMA table_xinfo(" + definition.quotedName() + ")", waiter, status,
+    return eachRow(pDb, join({"PRAGMA table_xinfo(", definition.quotedName(), ")"}), waiter, status,
                    [&columns](sqlite3_stmt* pRow)
                    {
                        constexpr int kName = 1;
@@ -27,22 +28,31 @@ bool readColumns(sqlite3* pDb, const Definition& definition, Waiter& waiter, std
                        constexpr int kDefault = 4;
                        constexpr int kKey = 5;
                        constexpr int kHidden = 6;
-                       TableColumn column;
+                       columns.emplace_back();
+                       TableColumn& column = columns.back();
                        column.strName = columnString(pRow, kName);
                        column.strType = columnString(pRow, kType);
                        column.blFillsItself = (sqlite3_column_type(pRow, kDefault) != SQLITE_NULL &&
                                                !sameName(columnString(pRow, kDefault), "null")) ||
                                               sqlite3_column_int(pRow, kHidden) > 1;  // a generated column
                        column.iKey = sqlite3_column_int(pRow, kKey);
-                       columns.push_back(std::move(column));
                    });
 }
 
 const TableColumn* findColumn(const std::vector<TableColumn>& columns, std::string_view name)
 {
-    const auto it = std::find_if(columns.begin(), columns.end(),
-                                 [name](const TableColumn& column) { return sameName(column.strName, name); });
-    return it != columns.end() ? &*it : nullptr;
+    for (const TableColumn& column : columns)
+        if (sameName(column.strName, name))
+            return &column;
+    return nullptr;
+}
+
+const Member* memberOf(const Definition& definition, std::string_view column)
+{
+    for (const Member& member : definition.members())
+        if (sameName(member.name, column))
+            return &member;
+    return nullptr;
 }
 
 // The first of the rowid's names that no column of the table has taken; "" where there is no rowid.
@@ -52,7 +62,7 @@ std::string rowidName(sqlite3* pDb, const Definition& definition, const std::vec
         if (findColumn(columns, szName) == nullptr)
             return sqlite3_table_column_metadata(pDb, nullptr, definition.name().c_str(), szName, nullptr, nullptr,
                                                  nullptr, nullptr, nullptr) == SQLITE_OK
-                       ? definition.quotedName() + '.' + szName
+                       ? join({definition.quotedName(), ".", szName})
                        : std::string();
     return {};
 }
@@ -67,19 +77,19 @@ bool readPlace(sqlite3* pDb, const Definition& definition, Waiter& waiter, Facts
         if (facts.strSchema.empty() || strSchema == "temp")
             facts.strSchema = strSchema;
     };
-    return eachRow(pDb, "PRAGMA table_list(" + definition.quotedName() + ")", waiter, status, lookAt) &&
+    return eachRow(pDb, join({"PRAGMA table_list(", definition.quotedName(), ")"}), waiter, status, lookAt) &&
            (facts.strSchema.empty() || readSchemaVersion(pDb, facts.strSchema, waiter, facts.iVersion, status));
 }
 
 bool readTriggers(sqlite3* pDb, const Definition& definition, Waiter& waiter, Facts& facts, Status& status)
 {
-    for (const std::string& strSchema : {facts.strSchema, std::string("temp")})
+    for (const char* const szSchema : {facts.strSchema.c_str(), "temp"})
     {
         const auto lookAt = [&facts, &definition](sqlite3_stmt* pRow)
         { facts.blTriggers = facts.blTriggers || sameName(columnString(pRow, 0), definition.name()); };
-        if (!strSchema.empty() &&
-            !eachRow(pDb, "SELECT tbl_name FROM " + quoted(strSchema) + ".sqlite_master WHERE type = 'trigger'", waiter,
-                     status, lookAt))
+        if (*szSchema != '\0' &&
+            !eachRow(pDb, join({"SELECT tbl_name FROM ", quoted(szSchema), ".sqlite_master WHERE type = 'trigger'"}),
+                     waiter, status, lookAt))
             return false;
     }
     return true;
@@ -90,7 +100,7 @@ bool readTriggers(sqlite3* pDb, const Definition& definition, Waiter& waiter, Fa
 bool readSchemaVersion(sqlite3* pDb, const std::string& strSchema, Waiter& waiter, std::int64_t& iVersion,
                        Status& status)
 {
-    return eachRow(pDb, "PRAGMA " + quoted(strSchema) + ".schema_version", waiter, status,
+    return eachRow(pDb, join({"PRAGMA ", quoted(strSchema), ".schema_version"}), waiter, status,
                    [&iVersion](sqlite3_stmt* pRow) { iVersion = sqlite3_column_int64(pRow, 0); });
 }
 
@@ -102,34 +112,34 @@ bool readFacts(sqlite3* pDb, const Definition& definition, Waiter& waiter, Facts
         return false;
     read.blExists = !columns.empty();
 
-    for (const Member& member : definition.members())
+    read.fillsItself = MemberSet(definition.members().size());
+    for (std::size_t i = 0; i < definition.members().size(); ++i)
     {
-        const TableColumn* pColumn = findColumn(columns, member.name);
+        const std::string_view name = definition.members()[i].name;
+        const TableColumn* pColumn = findColumn(columns, name);
         if (pColumn == nullptr && read.strMissing.empty())
-            read.strMissing = member.name;
-        read.fillsItself.push_back(pColumn != nullptr && pColumn->blFillsItself);
+            read.strMissing = name;
+        if (pColumn != nullptr && pColumn->blFillsItself)
+            read.fillsItself.add(i);
     }
 
-    std::map<int, const TableColumn*> key;
-    for (const TableColumn& column : columns)
-        if (column.iKey > 0)
-            key.emplace(column.iKey, &column);
-    for (const auto& [iPlace, pColumn] : key)
-    {
-        const auto it =
-            std::find_if(definition.members().begin(), definition.members().end(),
-                         [pColumn = pColumn](const Member& member) { return sameName(member.name, pColumn->strName); });
-        read.key.push_back({quoted(pColumn->strName), it != definition.members().end() ? &*it : nullptr});
-    }
+    const char* szKeyType = "";
+    for (std::size_t i = 0; i < columns.size(); ++i)  // the key's columns by their places in it, from 1
+        for (const TableColumn& column : columns)
+            if (column.iKey == static_cast<int>(i) + 1)
+            {
+                read.key.push_back({quoted(column.strName), memberOf(definition, column.strName)});
+                szKeyType = column.strType.c_str();
+            }
 
     for (const KeyColumn& column : read.key)
-        read.strByKey +=
-            (read.strByKey.empty() ? " WHERE " : " AND ") + definition.quotedName() + '.' + column.strQuoted + " = ?";
+        appendAll(read.strByKey, {read.strByKey.empty() ? " WHERE " : " AND ", definition.quotedName(), ".",
+                                  column.strQuoted, " = ?"});
     read.strRowid = read.blExists ? rowidName(pDb, definition, columns) : std::string();
-    read.strByRowid = " WHERE " + read.strRowid + " = ?";
+    read.strByRowid = join({" WHERE ", read.strRowid, " = ?"});
     if (!readTriggers(pDb, definition, waiter, read, status))
         return false;
-    if (key.size() == 1 && sameName(key.begin()->second->strType, "integer"))
+    if (read.key.size() == 1 && sameName(szKeyType, "integer"))
     {
         // A key of the type INTEGER is the rowid, unless it stands in an index of its own.
         bool blIndex = false;
@@ -138,11 +148,11 @@ bool readFacts(sqlite3* pDb, const Definition& definition, Waiter& waiter, Facts
             constexpr int kOrigin = 3;
             blIndex = blIndex || columnString(pRow, kOrigin) == "pk";
         };
-        if (!eachRow(pDb, "PRAGMA index_list(" + definition.quotedName() + ")", waiter, status, lookAt))
+        if (!eachRow(pDb, join({"PRAGMA index_list(", definition.quotedName(), ")"}), waiter, status, lookAt))
             return false;
         read.blRowidKey = !blIndex;
         if (read.blRowidKey && read.key.front().pMember != nullptr)
-            read.fillsItself[static_cast<std::size_t>(read.key.front().pMember - definition.members().data())] = true;
+            read.fillsItself.add(static_cast<std::size_t>(read.key.front().pMember - definition.members().data()));
     }
     facts = std::move(read);
     return true;
@@ -153,7 +163,7 @@ bool refreshSchema(sqlite3* pDb, const Definition& definition, Status& status)
     const bool blInTransaction = sqlite3_get_autocommit(pDb) == 0;
     // Running a statement compares the schema with the file's; so does one that cannot be compiled.
     sqlite3_stmt* pStatement = nullptr;
-    const std::string strSql = "SELECT 1 FROM " + definition.quotedName() + " LIMIT 0";
+    const std::string strSql = join({"SELECT 1 FROM ", definition.quotedName(), " LIMIT 0"});
     sqlite3_prepare_v2(pDb, strSql.c_str(), static_cast<int>(strSql.size()) + 1, &pStatement, nullptr);
     const StatementPointer pOwner(pStatement);
     if (pStatement != nullptr)

@@ -12,6 +12,8 @@
 #include <string_view>
 #include <vector>
 
+#include "member_set.h"
+
 struct sqlite3;
 
 namespace vorn
@@ -38,17 +40,17 @@ struct TableColumn
 struct Facts
 {
     std::vector<TableColumn> columns;
-    std::string strRowid;           // the rowid's column, "table"."rowid", or "" where there is none
-    bool blRowidKey = false;        // the primary key is the rowid and numbers itself
-    std::vector<KeyColumn> key;     // the primary key
-    std::string strByRowid;         // " WHERE ..." for one rowid
-    std::string strByKey;           // " WHERE ..." for one key; "" where there is none
-    std::int64_t iVersion = 0;      // of that database's schema when the facts were read
-    std::string strSchema;          // the database that holds the table: "main", ...
-    bool blTriggers = false;        // there may be triggers on the table
-    std::vector<bool> fillsItself;  // for each member: the column gives a value where none is given
-    std::string strMissing;         // the first declared member without a column, or ""
-    bool blExists = false;          // there is a table, a view or a virtual table of that name
+    std::string strRowid;        // the rowid's column, "table"."rowid", or "" where there is none
+    bool blRowidKey = false;     // the primary key is the rowid and numbers itself
+    std::vector<KeyColumn> key;  // the primary key
+    std::string strByRowid;      // " WHERE ..." for one rowid
+    std::string strByKey;        // " WHERE ..." for one key; "" where there is none
+    std::int64_t iVersion = 0;   // of that database's schema when the facts were read
+    std::string strSchema;       // the database that holds the table: "main", ...
+    bool blTriggers = false;     // there may be triggers on the table
+    MemberSet fillsItself{0};    // the members whose column gives a value where none is given
+    std::string strMissing;      // the first declared member without a column, or ""
+    bool blExists = false;       // there is a table, a view or a virtual table of that name
 };
 
 // The number that every change of the database's schema moves on.

@@ -7,20 +7,15 @@
 
 #include <vorn/status.h>
 
-#include <string>
 #include <string_view>
 
 namespace vorn
 {
 
-inline bool fail(Status& status, Code code, std::string_view member, std::string text)
-{
-    status = Status();
-    status.code = code;
-    status.member = member;
-    status.text = std::move(text);
-    return false;
-}
+// In the text "%" stands for the member, in quotes, and "^" for the detail.
+[[gnu::cold]] bool fail(Status& status, Code code, std::string_view member, const char* szText);
+[[gnu::cold]] bool fail(Status& status, Code code, std::string_view member, const char* szText,
+                        std::string_view detail);
 
 }  // namespace vorn
 

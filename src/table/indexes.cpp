@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 
+#include <sqlite3.h>
+
 #include <algorithm>
 
 #include "definition.h"
 #include "facts.h"
+#include "join.h"
 #include "query.h"
 
 namespace vorn
@@ -28,15 +31,15 @@ bool readIndexes(sqlite3* pDb, const Definition& definition, const Facts& facts,
         names.push_back(columnString(pRow, kName));
         indexes.push_back({{}, sqlite3_column_int(pRow, kUnique) != 0});
     };
-    const std::string strSchema = facts.strSchema.empty() ? std::string() : quoted(facts.strSchema) + '.';
-    if (!eachRow(pDb, "PRAGMA " + strSchema + "index_list(" + definition.quotedName() + ")", waiter, status,
+    const std::string strSchema = facts.strSchema.empty() ? std::string() : quoted(facts.strSchema) += '.';
+    if (!eachRow(pDb, join({"PRAGMA ", strSchema, "index_list(", definition.quotedName(), ")"}), waiter, status,
                  lookAtIndex))
         return false;
     auto index = indexes.end() - static_cast<std::ptrdiff_t>(names.size());
     for (const std::string& strName : names)
     {
         constexpr int kColumn = 2;
-        if (!eachRow(pDb, "PRAGMA " + strSchema + "index_info(" + quoted(strName) + ")", waiter, status,
+        if (!eachRow(pDb, join({"PRAGMA ", strSchema, "index_info(", quoted(strName), ")"}), waiter, status,
                      [&index](sqlite3_stmt* pRow) { index->columns.push_back(columnString(pRow, kColumn)); }))
             return false;
         ++index;

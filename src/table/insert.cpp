@@ -44,9 +44,13 @@ bool insertAndRead(Store& store, const Facts& facts, Waiter& waiter, const Recor
                    Status& status)
 {
     if (!facts.strRowid.empty())
-        return insert(store, waiter, record, status) &&
-               readBack(store, waiter, facts.strByRowid, {BoundValue::integer(sqlite3_last_insert_rowid(store.pDb))},
-                        jRec, status);
+    {
+        if (!insert(store, waiter, record, status))
+            return false;
+        std::vector<BoundValue> rowid;
+        rowid.push_back(BoundValue::integer(sqlite3_last_insert_rowid(store.pDb)));
+        return readBack(store, waiter, facts.strByRowid, rowid, jRec, status);
+    }
     if (facts.key.empty())
         return fail(status, Code::BadRequest, "", "Records of this table cannot be read back: it has no key.");
 
@@ -62,6 +66,31 @@ bool insertAndRead(Store& store, const Facts& facts, Waiter& waiter, const Recor
     for (int i = 0; i < static_cast<int>(facts.key.size()); ++i)
         key.push_back(BoundValue::sqlite(sqlite3_column_value(run.statement(), i)));
     return readBack(store, waiter, facts.strByKey, key, jRec, status) && run.next(status);
+}
+
+bool withFacts(Store& store, Waiter& waiter, Status& status, FunctionRef<bool(const Facts&)> attempt)
+{
+    constexpr int kTries = 100;
+    const int iAutocommit = sqlite3_get_autocommit(store.pDb);
+    for (int i = 0; i < kTries; ++i)
+    {
+        if (!store.look(waiter, status))
+            return false;
+        const std::shared_ptr<const Facts> pFacts = store.pFacts;
+        const unsigned iSchema = store.iSchema;
+        if (attempt(*pFacts))
+            return true;
+        if (sqlite3_get_autocommit(store.pDb) != iAutocommit)  // SQLite has ended the caller's transaction
+            return false;
+        if (store.iSchema == iSchema)
+        {
+            if (!store.isOutdated())
+                return false;
+            store.forget();
+        }
+        status = Status();
+    }
+    return fail(status, Code::Sqlite, "", "The schema of the database changes all the time.");
 }
 
 }  // namespace vorn

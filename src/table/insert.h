@@ -7,9 +7,8 @@
 
 #include <sqlite3.h>
 
-#include <memory>
-
 #include "failure.h"
+#include "function_ref.h"
 #include "record.h"
 #include "run.h"
 
@@ -33,31 +32,7 @@ bool readBack(Store& store, Waiter& waiter, std::string_view tail, const std::ve
 
 // Tries to write with what is known of the table, and anew where it fails and the schema has changed. attempt(facts)
 // leaves nothing behind where it fails.
-template <typename Attempt>
-bool withFacts(Store& store, Waiter& waiter, Status& status, Attempt attempt)
-{
-    constexpr int kTries = 100;
-    const int iAutocommit = sqlite3_get_autocommit(store.pDb);
-    for (int i = 0; i < kTries; ++i)
-    {
-        if (!store.look(waiter, status))
-            return false;
-        const std::shared_ptr<const Facts> pFacts = store.pFacts;
-        const unsigned iSchema = store.iSchema;
-        if (attempt(*pFacts))
-            return true;
-        if (sqlite3_get_autocommit(store.pDb) != iAutocommit)  // SQLite has ended the caller's transaction
-            return false;
-        if (store.iSchema == iSchema)
-        {
-            if (!store.isOutdated())
-                return false;
-            store.forget();
-        }
-        status = Status();
-    }
-    return fail(status, Code::Sqlite, "", "The schema of the database changes all the time.");
-}
+bool withFacts(Store& store, Waiter& waiter, Status& status, FunctionRef<bool(const Facts&)> attempt);
 
 }  // namespace vorn
 

@@ -6,6 +6,7 @@
 #include "../core/text.h"
 #include "cell_value.h"
 #include "failure.h"
+#include "join.h"
 #include "nul_free.h"
 #include "plain_members.h"
 
@@ -29,8 +30,8 @@ std::string literal(std::string_view name)
 
 std::string rowValue(const std::string& strRow)
 {
-    return "CASE WHEN " + strRow + ".type='text' THEN '\"'||" + strRow + ".value WHEN " + strRow +
-           ".type IN ('true','false','null') THEN " + strRow + ".type ELSE " + strRow + ".value END";
+    return join({"CASE WHEN ", strRow, ".type='text' THEN '\"'||", strRow, ".value WHEN ", strRow,
+                 ".type IN ('true','false','null') THEN ", strRow, ".type ELSE ", strRow, ".value END"});
 }
 
 bool toRowValue(ConditionParts& parts, const Subject& subject, const Json::Value& jValue, ListValue& item)
@@ -58,8 +59,8 @@ std::string writeWalk(ConditionParts& parts, const Subject& subject)
     const std::string strCell = nulFreeSql(subject.pMember->strColumn);
     if (!subject.blPath)
     {
-        parts.strSql += "FROM (SELECT json_type(" + strCell + ") AS type," + strCell + " AS value) AS ";
-        parts.strSql += letter;
+        appendAll(parts.strSql,
+                  {"FROM (SELECT json_type(", strCell, ") AS type,", strCell, " AS value) AS ", {&letter, 1}});
         return std::string(1, letter);
     }
 
@@ -85,8 +86,8 @@ std::string writeWalk(ConditionParts& parts, const Subject& subject)
         }
         rest.remove_prefix(dot + 1);
     }
-    fail(parts.status, Code::BadRequest, subject.name,
-         "A path must not have more than " + std::to_string(kMaxNames) + " names.");
+    fail(parts.status, Code::BadRequest, subject.name, "A path must not have more than ^ names.",
+         std::to_string(kMaxNames));
     return std::string();
 }
 

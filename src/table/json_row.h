@@ -28,11 +28,6 @@ std::string rowValue(const std::string& strRow);
 // A JSON value as rowValue() gives it.
 bool toRowValue(ConditionParts& parts, const Subject& subject, const Json::Value& jValue, ListValue& item);
 
-inline const char* parameterOf(const ListValue& item)
-{
-    return item.blJsonReal ? "CAST(? AS REAL)" : "?";
-}
-
 }  // namespace vorn
 
 #endif  // VORN_JSON_ROW_H

@@ -3,6 +3,7 @@
 #include "nul_free.h"
 
 #include "../core/text.h"
+#include "join.h"
 
 namespace vorn
 {
@@ -50,16 +51,16 @@ std::string nulFreeJson(std::string_view json)
 
 std::string nulFreeSql(const std::string& strColumn)
 {
-    std::string strReplaced = "replace(replace(replace(" + strColumn;
+    std::string strReplaced = join({"replace(replace(replace(", strColumn});
     for (const auto& replacement : kReplacements)
         appendAll(strReplaced, {",'", replacement[0], "','", replacement[1], "')"});
-    return "CASE WHEN NOT json_valid(" + strColumn + ") THEN NULL WHEN instr(" + strColumn + ",'\\')=0 THEN " +
-           strColumn + " ELSE " + strReplaced + " END";
+    return join({"CASE WHEN NOT json_valid(", strColumn, ") THEN NULL WHEN instr(", strColumn, ",'\\')=0 THEN ",
+                 strColumn, " ELSE ", strReplaced, " END"});
 }
 
 std::string withNulSql(const std::string& strExpression)
 {
-    return "replace(replace(" + strExpression + ",char(1)||'0',char(0)),char(1)||'1',char(1))";
+    return join({"replace(replace(", strExpression, ",char(1)||'0',char(0)),char(1)||'1',char(1))"});
 }
 
 }  // namespace vorn

@@ -6,6 +6,7 @@
 #include "cell_value.h"
 #include "condition_parts.h"
 #include "failure.h"
+#include "join.h"
 #include "json_row.h"
 #include "nul_free.h"
 
@@ -18,7 +19,7 @@ namespace
 bool writePresent(ConditionParts& parts, const Subject& subject, bool blNegated)
 {
     const std::string strRow = writeExists(parts, subject, blNegated);
-    parts.strSql += strRow + ".type<>'null')";
+    appendAll(parts.strSql, {strRow, ".type<>'null')"});
     return !strRow.empty();
 }
 
@@ -30,7 +31,7 @@ bool writeEqual(ConditionParts& parts, const Subject& subject, const Json::Value
     ListValue item;
     if (strRow.empty() || !toRowValue(parts, subject, jOperand, item))
         return false;
-    parts.strSql += rowValue(strRow) + '=' + parameterOf(item) + ')';
+    appendAll(parts.strSql, {rowValue(strRow), "=", parameterOf(item.blJsonReal), ")"});
     parts.values.push_back(std::move(item.value));
     return true;
 }
@@ -73,8 +74,9 @@ bool writeIn(ConditionParts& parts, const Subject& subject, const Json::Value& j
     const std::string strRow = writeExists(parts, subject, blNegated != blNull);
     if (strRow.empty())
         return false;
-    parts.strSql += blNull ? strRow + ".type<>'null' AND " : "";
-    parts.strSql += rowValue(strRow) + (blNull ? " NOT IN " : " IN ");
+    if (blNull)
+        appendAll(parts.strSql, {strRow, ".type<>'null' AND "});
+    appendAll(parts.strSql, {rowValue(strRow), blNull ? " NOT IN " : " IN "});
     writeJsonList(list, parts.listMax, parts.strSql, parts.values);
     parts.strSql += ')';
     return true;
@@ -86,14 +88,13 @@ bool writeOrder(ConditionParts& parts, const Subject& subject, const char* szOpe
 {
     const bool blText = jOperand.isString();
     if (!blText && !jOperand.isNumeric())
-        return fail(parts.status, Code::BadType, subject.name,
-                    shown(subject.name) + " can be compared with numbers and texts only.");
+        return fail(parts.status, Code::BadType, subject.name, "% can be compared with numbers and texts only.");
     ListValue item;
     const std::string strRow = writeExists(parts, subject, blNegated);
     if (strRow.empty() || !toRowValue(parts, subject, jOperand, item))
         return false;
-    parts.strSql += strRow + (blText ? ".type='text' AND " : ".type IN ('integer','real') AND ");
-    parts.strSql += rowValue(strRow) + szOperator + parameterOf(item) + ')';
+    appendAll(parts.strSql, {strRow, blText ? ".type='text' AND " : ".type IN ('integer','real') AND ",
+                             rowValue(strRow), szOperator, parameterOf(item.blJsonReal), ")"});
     parts.values.push_back(std::move(item.value));
     return true;
 }
@@ -107,7 +108,8 @@ bool writePrefix(ConditionParts& parts, const Subject& subject, const Json::Valu
         return false;
     std::string strPrefix = '"' + nulFree(textOf(jOperand));
     std::string strAfter = afterPrefix(strPrefix);
-    parts.strSql += rowValue(strRow) + ">=? AND " + rowValue(strRow) + "<?)";
+    const std::string strValue = rowValue(strRow);
+    appendAll(parts.strSql, {strValue, ">=? AND ", strValue, "<?)"});
     parts.values.push_back(BoundValue::owned(std::move(strPrefix)));
     parts.values.push_back(BoundValue::owned(std::move(strAfter)));
     return true;
@@ -135,7 +137,7 @@ bool writePathValue(ConditionParts& parts, const Subject& subject)
     // The row's name is known only behind the text that makes it.
     const std::size_t begin = parts.strSql.size();
     const std::string strRow = writeWalk(parts, subject);
-    parts.strSql.insert(begin, "(SELECT " + strRow + ".value ");
+    parts.strSql.insert(begin, join({"(SELECT ", strRow, ".value "}));
     parts.strSql += ')';
     return !strRow.empty();
 }

@@ -78,7 +78,7 @@ public:
                 readAny(sqlite3_column_value(pStatement, iColumn), jValue);
             else if (readCell(*column.pMember, sqlite3_column_value(pStatement, iColumn), column.reader,
                               m_store.strictReader, jValue) == Cell::Bad)
-                return failCell(status, *column.pMember, "");
+                return failCell(status, *column.pMember);
             ++iColumn;
             if (!jValue.isNull())
                 (column.pMember != nullptr ? jRead[Json::StaticString(column.pMember->name.data())]

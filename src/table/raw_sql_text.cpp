@@ -67,9 +67,9 @@ private:
         return fail(m_status, Code::BadRequest, m_kind == RawKind::Condition ? kFilterKey : "", szText);
     }
 
-    bool failParams(Code code, std::string strText)
+    bool failParams(Code code, const char* szText, std::string_view detail = {})
     {
-        return fail(m_status, code, m_kind == RawKind::Condition ? kParamsKey : "", std::move(strText));
+        return fail(m_status, code, m_kind == RawKind::Condition ? kParamsKey : "", szText, detail);
     }
 
     // Moves behind the token that begins at that place.
@@ -159,7 +159,7 @@ private:
         const Json::Value* pValue =
             m_jParams.isObject() ? m_jParams.find(name.data(), name.data() + name.size()) : nullptr;
         if (pValue == nullptr)
-            return failParams(Code::BadRequest, "There is no value for the parameter \":" + std::string(name) + "\".");
+            return failParams(Code::BadRequest, "There is no value for the parameter \":^\".", name);
         m_blReplace = m_kind == RawKind::Condition;
         const bool blNew = std::find(m_used.begin(), m_used.end(), name) == m_used.end();
         if (blNew)

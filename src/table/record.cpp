@@ -19,7 +19,7 @@ bool failKind(Status& status)
 
 bool failUnknown(Status& status, std::string_view name)
 {
-    return fail(status, Code::UnknownMember, name, "The definition has no member " + shown(name) + '.');
+    return fail(status, Code::UnknownMember, name, "The definition has no member %.");
 }
 
 }  // namespace
@@ -85,8 +85,8 @@ bool checkRequired(const Definition& definition, const Facts& facts, const Json:
         if (pValue == nullptr && blDefaults && member.blHasDefault)
             pValue = &member.jDefault;
         if (pValue != nullptr ? pValue->isNull()
-                              : !facts.fillsItself[static_cast<std::size_t>(&member - definition.members().data())])
-            return fail(status, Code::Constraint, member.name, shown(member.name) + " must not be absent.");
+                              : !facts.fillsItself.has(static_cast<std::size_t>(&member - definition.members().data())))
+            return fail(status, Code::Constraint, member.name, "% must not be absent.");
     }
     return true;
 }

@@ -8,6 +8,7 @@
 
 #include "cell_value.h"
 #include "failure.h"
+#include "member_set.h"
 #include "suggestion.h"
 
 namespace vorn
@@ -38,14 +39,14 @@ const char* RequestKeys::nearest(std::string_view name)
 
 bool RequestKeys::failKey(Key key, Status& status, const char* szText) const
 {
-    return fail(status, Code::BadRequest, m_names[key], shown(m_names[key]) + szText);
+    return fail(status, Code::BadRequest, m_names[key], szText);
 }
 
 bool RequestKeys::take(Key key, std::string_view name, const Json::Value& jValue, Status& status)
 {
     m_names[key] = name;
     if (m_pValues[key] != nullptr)
-        return failKey(key, status, " is given in both of its spellings.");
+        return failKey(key, status, "% is given in both of its spellings.");
     m_pValues[key] = &jValue;
     return true;
 }
@@ -63,12 +64,12 @@ bool RequestKeys::readDirection(Status& status, bool& blDescending) const
     if (pDirection == nullptr)
         return true;
     if (!pDirection->isString() || (textOf(*pDirection) != "asc" && textOf(*pDirection) != "desc"))
-        return failKey(SortDirection, status, " must be \"asc\" or \"desc\".");
+        return failKey(SortDirection, status, "% must be \"asc\" or \"desc\".");
     const Json::Value* pKey = m_pValues[SortBy];
     if (pKey != nullptr && pKey->isArray() && pKey->size() == 1)
         pKey = &(*pKey)[0];
     if (pKey == nullptr || !pKey->isString() || textOf(*pKey).substr(0, 1) == "-")
-        return failKey(SortDirection, status, " needs a single \"sort_by\" without \"-\" in front.");
+        return failKey(SortDirection, status, "% needs a single \"sort_by\" without \"-\" in front.");
     blDescending = textOf(*pDirection) == "desc";
     return true;
 }
@@ -77,7 +78,7 @@ bool RequestKeys::writeSortKey(const Definition& definition, ConditionParts& par
                                const char* szSeparator) const
 {
     if (!jKey.isString())
-        return failKey(SortBy, parts.status, " must be a member's name, or an array of them.");
+        return failKey(SortBy, parts.status, "% must be a member's name, or an array of them.");
     std::string_view name = textOf(jKey);
     const bool blDescending = name.substr(0, 1) == "-";
     if (blDescending)
@@ -112,7 +113,7 @@ bool RequestKeys::writeOrder(const Definition& definition, ConditionParts& parts
     {
         const int iMax = sqlite3_limit(parts.pDb, SQLITE_LIMIT_COLUMN, -1);
         if (pKey->empty() || pKey->size() > static_cast<unsigned>(iMax))
-            return failKey(SortBy, parts.status, " has no names, or too many for SQLite.");
+            return failKey(SortBy, parts.status, "% has no names, or too many for SQLite.");
         const char* szSeparator = " ORDER BY ";
         for (const Json::Value& jKey : *pKey)
         {
@@ -129,7 +130,7 @@ bool RequestKeys::readNumber(Key key, Status& status, std::int64_t& iNumber) con
 {
     const Json::Value& jNumber = *m_pValues[key];
     if (!jNumber.isInt64() || jNumber.asInt64() < 0)
-        return failKey(key, status, " must be a whole number that is not below 0.");
+        return failKey(key, status, "% must be a whole number that is not below 0.");
     iNumber = jNumber.asInt64();
     return true;
 }
@@ -162,19 +163,20 @@ bool RequestKeys::readFields(const Definition& definition, Status& status, std::
     if (pFields == nullptr)
         return true;
     if (!pFields->isArray() || pFields->empty())
-        return failKey(Fields, status, " must be an array of members' names that is not empty.");
+        return failKey(Fields, status, "% must be an array of members' names that is not empty.");
+    MemberSet set(definition.members().size());
     for (const Json::Value& jName : *pFields)
     {
         if (!jName.isString())
-            return failKey(Fields, status, " must be an array of members' names.");
+            return failKey(Fields, status, "% must be an array of members' names.");
         const Member* pMember = definition.find(textOf(jName));
         if (pMember == nullptr)
             return failUnknown(definition, textOf(jName), status);
-        fields.push_back(pMember);
+        set.add(static_cast<std::size_t>(pMember - definition.members().data()));
     }
-    // Members stand in order of their names.
-    std::sort(fields.begin(), fields.end());
-    fields.erase(std::unique(fields.begin(), fields.end()), fields.end());
+    for (std::size_t i = 0; i < definition.members().size(); ++i)
+        if (set.has(i))
+            fields.push_back(&definition.members()[i]);
     return true;
 }
 

@@ -8,6 +8,7 @@
 
 #include "cell_value.h"
 #include "failure.h"
+#include "join.h"
 
 namespace vorn
 {
@@ -37,16 +38,18 @@ bool RowReader::read(sqlite3_stmt* pStatement, StrictReader& strictReader, Json:
     if (pBad == nullptr)
         return true;
     const int iRowid = static_cast<int>(m_members.size());
-    return failCell(status, *pBad,
-                    m_blRowid ? " in the row with the rowid " + std::to_string(sqlite3_column_int64(pStatement, iRowid))
-                              : std::string());
+    if (!m_blRowid)
+        return failCell(status, *pBad);
+    const std::string strRowid = std::to_string(sqlite3_column_int64(pStatement, iRowid));
+    return fail(status, Code::BadCell, pBad->name,
+                "What is stored for % in the row with the rowid ^; \"fields\" reads the other members.",
+                join({strRowid, " is not ", describe(*pBad)}));
 }
 
-bool failCell(Status& status, const Member& member, std::string strRow)
+bool failCell(Status& status, const Member& member)
 {
     return fail(status, Code::BadCell, member.name,
-                "What is stored for " + shown(member.name) + std::move(strRow) + " is not " + describe(member) +
-                    "; \"fields\" reads the other members.");
+                "What is stored for % is not ^; \"fields\" reads the other members.", describe(member));
 }
 
 }  // namespace vorn

@@ -38,8 +38,8 @@ private:
     bool m_blRowid = false;
 };
 
-// For a cell that cannot be read.
-bool failCell(Status& status, const Member& member, std::string strRow);
+// For a cell that cannot be read, in no row that has a number.
+bool failCell(Status& status, const Member& member);
 
 }  // namespace vorn
 

@@ -9,6 +9,7 @@
 #include "cell_value.h"
 #include "definition.h"
 #include "failure.h"
+#include "join.h"
 
 namespace vorn
 {
@@ -18,9 +19,9 @@ namespace
 
 constexpr int kPrimary = 0xff;
 
-bool failWith(Status& status, int iResult, std::string_view member, std::string text)
+bool failWith(Status& status, int iResult, std::string_view member, const char* szText, std::string_view detail = {})
 {
-    fail(status, codeOf(iResult), member, std::move(text));
+    fail(status, codeOf(iResult), member, szText, detail);
     status.sqlite = iResult;
     return false;
 }
@@ -28,12 +29,12 @@ bool failWith(Status& status, int iResult, std::string_view member, std::string 
 // The first member that a text such as "NOT NULL constraint failed: table.member" names, or "".
 std::string_view constraintMember(const Definition& definition, std::string_view message)
 {
-    const std::string strBefore = " constraint failed: " + definition.name() + '.';
+    const std::string strBefore = join({" constraint failed: ", definition.name(), "."});
     const std::size_t place = message.find(strBefore);
     if (place == std::string_view::npos)
         return {};
     const std::string_view columns = message.substr(place + strBefore.size());
-    const std::string strNext = ", " + definition.name() + '.';
+    const std::string strNext = join({", ", definition.name(), "."});
     std::string_view found;
     for (const Member& member : definition.members())
     {
@@ -48,18 +49,18 @@ std::string_view constraintMember(const Definition& definition, std::string_view
     return found;
 }
 
-std::string constraintText(int iResult, std::string_view member)
+// "^" is for the member.
+const char* constraintText(int iResult)
 {
-    const std::string strMember = member.empty() ? "" : " (" + shown(member) + ')';
     switch (iResult)
     {
         case SQLITE_CONSTRAINT_PRIMARYKEY:
         case SQLITE_CONSTRAINT_ROWID:
-            return "A record with this primary key exists already" + strMember + '.';
+            return "A record with this primary key exists already^.";
         case SQLITE_CONSTRAINT_UNIQUE:
-            return "A record with this value of a unique member exists already" + strMember + '.';
+            return "A record with this value of a unique member exists already^.";
         case SQLITE_CONSTRAINT_NOTNULL:
-            return "A member that must be given is absent" + strMember + '.';
+            return "A member that must be given is absent^.";
         case SQLITE_CONSTRAINT_CHECK:
             return "A CHECK constraint of the table refuses the record.";
         case SQLITE_CONSTRAINT_FOREIGNKEY:
@@ -67,7 +68,7 @@ std::string constraintText(int iResult, std::string_view member)
         case SQLITE_CONSTRAINT_TRIGGER:
             return "A trigger refuses the change.";
         default:
-            return "A constraint of the table refuses the change" + strMember + '.';
+            return "A constraint of the table refuses the change^.";
     }
 }
 
@@ -132,7 +133,8 @@ bool failSqlite(Status& status, sqlite3* pDb, int iResult, const Definition* pDe
         {
             const std::string_view member =
                 pDefinition != nullptr ? constraintMember(*pDefinition, sqlite3_errmsg(pDb)) : std::string_view();
-            return failWith(status, iResult, member, constraintText(iResult, member));
+            return failWith(status, iResult, member, constraintText(iResult),
+                            member.empty() ? std::string() : join({" (", shown(member), ")"}));
         }
         case Code::Locked:
             return failWith(status, iResult, "", "Another connection holds a lock on the database.");
@@ -141,7 +143,7 @@ bool failSqlite(Status& status, sqlite3* pDb, int iResult, const Definition* pDe
         case Code::OutOfRange:
             return failWith(status, iResult, "", "A value is larger than SQLite's limit.");
         default:
-            return failWith(status, iResult, "", std::string("SQLite: ") + sqlite3_errstr(iResult) + '.');
+            return failWith(status, iResult, "", "SQLite: ^.", sqlite3_errstr(iResult));
     }
 }
 
@@ -152,14 +154,14 @@ bool failPrepare(Status& status, sqlite3* pDb, int iResult)
         return failSqlite(status, pDb, iResult);
     if (isTooMuch(message))
     {
-        fail(status, Code::BadRequest, "", "The request is too much for SQLite: " + std::string(message) + '.');
+        fail(status, Code::BadRequest, "", "The request is too much for SQLite: ^.", message);
         status.sqlite = iResult;
         return false;
     }
     if (lacksJson(message))
         return failWith(status, iResult, "",
                         "This SQLite was built without its JSON functions, which paths and very long lists need.");
-    return failWith(status, iResult, "", "SQLite: " + std::string(message) + '.');
+    return failWith(status, iResult, "", "SQLite: ^.", message);
 }
 
 bool failStale(Status& status, int iResult)

@@ -11,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include "member_set.h"
 #include "prepare.h"
 #include "row_reader.h"
 
@@ -29,27 +30,6 @@ enum class StatementKind : unsigned char
     UpdateAbort,
     Delete,  // the tail
     Text     // the tail is the text
-};
-
-// One bit for each member of the definition.
-class MemberSet
-{
-public:
-    explicit MemberSet(std::size_t size) : m_strBits((size + kBits - 1) / kBits, '\0') {}
-    void add(std::size_t place)
-    {
-        char& bits = m_strBits[place / kBits];
-        bits = static_cast<char>(static_cast<unsigned char>(bits) | 1U << place % kBits);
-    }
-    bool has(std::size_t place) const
-    {
-        return (static_cast<unsigned char>(m_strBits[place / kBits]) >> place % kBits & 1U) != 0;
-    }
-    const std::string& bits() const { return m_strBits; }
-
-private:
-    static constexpr std::size_t kBits = 8;
-    std::string m_strBits;  // without an allocation of its own up to 120 members
 };
 
 struct Shape

@@ -4,6 +4,7 @@
 
 #include <sqlite3.h>
 
+#include "../core/text.h"
 #include "cell_value.h"
 #include "failure.h"
 
@@ -13,37 +14,38 @@ namespace vorn
 namespace
 {
 
-// The members of the shape, each as write gives it, with commas between them.
-template <typename Write>
-std::string joined(const Store& store, const MemberSet* pMembers, Write write)
+// Appends something for each of the set's members, or for all where there is no set, with commas between.
+void appendMembers(std::string& strText, const Store& store, const MemberSet* pMembers,
+                   std::string_view (*textOf)(const Member&), std::string_view behind = {})
 {
-    std::string strText;
+    const char* szSeparator = "";
     for (const Member& member : store.definition.members())
     {
         if (pMembers != nullptr && !pMembers->has(store.placeOf(member)))
             continue;
-        if (!strText.empty())
-            strText += ", ";
-        strText += write(member);
+        appendAll(strText, {szSeparator, textOf(member), behind});
+        szSeparator = ", ";
     }
-    return strText;
 }
 
-std::string insertText(const Store& store, const MemberSet& members, const char* szInsert = "INSERT")
+std::string_view quotedNameOf(const Member& member)
 {
-    const std::string strNames = joined(store, &members, [](const Member& member) { return member.strQuoted; });
-    const std::string strInto = std::string(szInsert) + " INTO " + store.definition.quotedName();
-    if (strNames.empty())
-        return strInto + " DEFAULT VALUES";
-    return strInto + " (" + strNames + ") VALUES (" + joined(store, &members, [](const Member&) { return "?"; }) + ')';
+    return member.strQuoted;
 }
 
-std::string keyText(const Store& store)
+void appendInsert(std::string& strText, const Store& store, const MemberSet& members, const char* szInsert)
 {
-    std::string strText;
-    for (const KeyColumn& column : store.pFacts->key)
-        strText += (strText.empty() ? "" : ", ") + column.strQuoted;
-    return strText;
+    appendAll(strText, {szInsert, " INTO ", store.definition.quotedName(), " ("});
+    const std::size_t begin = strText.size();
+    appendMembers(strText, store, &members, quotedNameOf);
+    if (strText.size() == begin)
+    {
+        strText.replace(begin - 2, 2, " DEFAULT VALUES");
+        return;
+    }
+    strText += ") VALUES (";
+    appendMembers(strText, store, &members, [](const Member&) -> std::string_view { return "?"; });
+    strText += ')';
 }
 
 }  // namespace
@@ -51,10 +53,9 @@ std::string keyText(const Store& store)
 bool failMissing(const Definition& definition, const Facts& facts, Status& status)
 {
     if (!facts.blExists)
-        return fail(status, Code::Missing, "",
-                    "The table " + shown(definition.name()) + " does not exist; tableUpgrade() makes it.");
-    return fail(status, Code::Missing, facts.strMissing,
-                "The table has no column for " + shown(facts.strMissing) + "; tableUpgrade() adds it.");
+        return fail(status, Code::Missing, "", "The table ^ does not exist; tableUpgrade() makes it.",
+                    shown(definition.name()));
+    return fail(status, Code::Missing, facts.strMissing, "The table has no column for %; tableUpgrade() adds it.");
 }
 
 bool Store::look(Waiter& waiter, Status& status)
@@ -112,31 +113,51 @@ void Store::release()
 std::string statementText(const Store& store, const Shape& shape)
 {
     const std::string& strTable = store.definition.quotedName();
-    std::string strTail(shape.tail);
+    std::string strText;
     switch (shape.kind)
     {
         case StatementKind::Select:
-            return "SELECT " + joined(store, shape.pMembers, [](const Member& member) { return member.strColumn; }) +
-                   (store.pFacts->strRowid.empty() ? "" : ", " + store.pFacts->strRowid) + " FROM " + strTable +
-                   strTail;
+            strText = "SELECT ";
+            appendMembers(strText, store, shape.pMembers,
+                          [](const Member& member) -> std::string_view { return member.strColumn; });
+            if (!store.pFacts->strRowid.empty())
+                appendAll(strText, {", ", store.pFacts->strRowid});
+            appendAll(strText, {" FROM ", strTable});
+            break;
         case StatementKind::Count:
-            return "SELECT count(*) FROM " + strTable + strTail;
+            appendAll(strText, {"SELECT count(*) FROM ", strTable});
+            break;
         case StatementKind::Insert:
-            return insertText(store, *shape.pMembers);
+            appendInsert(strText, store, *shape.pMembers, "INSERT");
+            break;
         case StatementKind::InsertKey:
-            return insertText(store, *shape.pMembers) + " RETURNING " + keyText(store);
+        {
+            appendInsert(strText, store, *shape.pMembers, "INSERT");
+            const char* szSeparator = " RETURNING ";
+            for (const KeyColumn& column : store.pFacts->key)
+            {
+                appendAll(strText, {szSeparator, column.strQuoted});
+                szSeparator = ", ";
+            }
+            break;
+        }
         case StatementKind::InsertAbort:
-            return insertText(store, *shape.pMembers, "INSERT OR ABORT");
+            appendInsert(strText, store, *shape.pMembers, "INSERT OR ABORT");
+            break;
         case StatementKind::Update:
         case StatementKind::UpdateAbort:
-            return (shape.kind == StatementKind::Update ? "UPDATE " : "UPDATE OR ABORT ") + strTable + " SET " +
-                   joined(store, shape.pMembers, [](const Member& member) { return member.strQuoted + " = ?"; }) +
-                   strTail;
+            appendAll(strText,
+                      {shape.kind == StatementKind::Update ? "UPDATE " : "UPDATE OR ABORT ", strTable, " SET "});
+            appendMembers(strText, store, shape.pMembers, quotedNameOf, " = ?");
+            break;
         case StatementKind::Delete:
-            return "DELETE FROM " + strTable + strTail;
+            appendAll(strText, {"DELETE FROM ", strTable});
+            break;
         default:
-            return strTail;
+            break;
     }
+    strText += shape.tail;
+    return strText;
 }
 
 }  // namespace vorn

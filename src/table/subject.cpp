@@ -4,6 +4,7 @@
 
 #include "cell_value.h"
 #include "failure.h"
+#include "join.h"
 #include "suggestion.h"
 
 namespace vorn
@@ -20,11 +21,11 @@ bool checkPath(const Subject& subject, Status& status)
         case ValueClass::AnyJson:
             return true;
         case ValueClass::Array:
-            return fail(status, Code::BadType, subject.name,
-                        shown(subject.pMember->name) + " is an array, and paths lead into objects only.");
+            return fail(status, Code::BadType, subject.name, "^ is an array, and paths lead into objects only.",
+                        shown(subject.pMember->name));
         default:
-            return fail(status, Code::UnknownMember, subject.name,
-                        shown(subject.pMember->name) + " holds no JSON, so there is no path into it.");
+            return fail(status, Code::UnknownMember, subject.name, "^ holds no JSON, so there is no path into it.",
+                        shown(subject.pMember->name));
     }
 }
 
@@ -42,9 +43,8 @@ bool failUnknown(const Definition& definition, std::string_view name, Status& st
     }
     std::string strNearest(whole.nearest());
     if (dot != std::string_view::npos && !first.nearest().empty())
-        strNearest = std::string(first.nearest()) + std::string(name.substr(dot));
-    return fail(status, Code::UnknownMember, name,
-                "The definition has no member " + shown(name) + didYouMean(strNearest));
+        strNearest = join({first.nearest(), name.substr(dot)});
+    return fail(status, Code::UnknownMember, name, "The definition has no member %^", didYouMean(strNearest));
 }
 
 bool readSubject(const Definition& definition, std::string_view name, std::size_t& expected, Subject& subject,

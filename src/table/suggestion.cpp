@@ -5,6 +5,8 @@
 #include <algorithm>
 #include <array>
 
+#include "join.h"
+
 namespace vorn
 {
 
@@ -62,7 +64,7 @@ void Suggestion::consider(std::string_view known)
 
 std::string didYouMean(std::string_view nearest)
 {
-    return nearest.empty() ? "." : "; did you mean \"" + std::string(nearest) + "\"?";
+    return nearest.empty() ? "." : join({"; did you mean \"", nearest, "\"?"});
 }
 
 }  // namespace vorn

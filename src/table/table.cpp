@@ -6,6 +6,7 @@
 
 #include "cell_value.h"
 #include "failure.h"
+#include "function_ref.h"
 #include "operations.h"
 #include "record.h"
 
@@ -30,8 +31,7 @@ struct Table::Inside
     bool blErrMsg = false;
 
     // Runs operation(store, status), which gives a negative result where it fails; so does this where it cannot run.
-    template <typename Operation>
-    static long long run(Inside* pInside, bool blNeedsConnection, Operation operation)
+    static long long run(Inside* pInside, bool blNeedsConnection, FunctionRef<long long(Store&, Status&)> operation)
     {
         if (pInside == nullptr)
             return kFailure;
@@ -79,7 +79,7 @@ bool fillDefaults(const Definition& definition, Json::Value& jRec, bool blRequir
         if (jRec.find(szName, szName + member.name.size()) != nullptr)
             continue;
         if (blRequireAll)
-            return fail(status, Code::Constraint, member.name, shown(member.name) + " is absent.");
+            return fail(status, Code::Constraint, member.name, "% is absent.");
         if (member.blHasDefault)
             jRec[szName] = member.jDefault;
     }

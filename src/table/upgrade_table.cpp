@@ -9,6 +9,7 @@
 #include "cell_value.h"
 #include "ddl.h"
 #include "failure.h"
+#include "join.h"
 #include "operations.h"
 #include "query.h"
 #include "savepoint.h"
@@ -49,9 +50,8 @@ bool upgradeTexts(Store& store, const Facts& facts, Waiter& waiter, std::vector<
             continue;
         if (member.blKey || (member.blRequired && member.jDefault.isNull()))
             return fail(status, Code::Constraint, member.name,
-                        "A column for " + shown(member.name) +
-                            " cannot be added: it is part of the key, or required and without a default.");
-        texts.push_back("ALTER TABLE " + store.definition.quotedName() + " ADD COLUMN " + columnText(member));
+                        "A column for % cannot be added: it is part of the key, or required and without a default.");
+        texts.push_back(join({"ALTER TABLE ", store.definition.quotedName(), " ADD COLUMN ", columnText(member)}));
     }
     for (const Member& member : store.definition.members())
         for (const bool blUnique : {false, true})

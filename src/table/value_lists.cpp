@@ -7,9 +7,9 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <map>
 
 #include "../core/json_text.h"
+#include "../core/text.h"
 #include "nul_free.h"
 
 namespace vorn
@@ -39,7 +39,7 @@ void pad(std::vector<BoundValue>& values, std::size_t begin, const char* szParam
     const std::size_t length = paddedLength(values.size() - begin);
     values.reserve(begin + length);
     while (values.size() - begin < length)
-        values.push_back(BoundValue(values.back()));
+        values.push_back(values.back().alias());
     for (std::size_t i = 0; i < length; ++i)
     {
         if (strSql.back() != '(')
@@ -59,26 +59,28 @@ std::string quotedJson(std::string_view text)
     return toString(Json::Value(text.data(), text.data() + text.size()));
 }
 
-// Reals as whole numbers by their powers of two: {"-1":[1,3]} is 0.5 and 1.5. Reading decimal digits can be off by
-// the last bit, this is exact.
+// Reals as whole numbers by their powers of two: {"-1":[1,3]} is 0.5 and 1.5. A power may come more than once. Reading
+// decimal digits can be off by the last bit, this is exact.
 std::string powersOfTwo(const std::vector<BoundValue>& values, std::size_t begin)
 {
     constexpr int kDigits = std::numeric_limits<double>::digits;
     constexpr int kLeastExponent = std::numeric_limits<double>::min_exponent - kDigits;
 
-    std::map<int, std::string> lists;
+    std::string strJson;
+    int iLast = std::numeric_limits<int>::max();
     for (std::size_t i = begin; i < values.size(); ++i)
     {
         int iExponent = 0;
         std::frexp(values[i].real(), &iExponent);
         iExponent = std::max(iExponent - kDigits, kLeastExponent);
-        std::string& strList = lists.try_emplace(iExponent, "[").first->second;
-        appendItem(strList, std::to_string(static_cast<std::int64_t>(std::ldexp(values[i].real(), -iExponent))));
+        if (iExponent == iLast)
+            strJson += ',';
+        else
+            appendAll(strJson, {strJson.empty() ? "{\"" : "],\"", std::to_string(iExponent), "\":["});
+        iLast = iExponent;
+        strJson += std::to_string(static_cast<std::int64_t>(std::ldexp(values[i].real(), -iExponent)));
     }
-    std::string strJson = "{";
-    for (const auto& list : lists)
-        appendItem(strJson, '"' + std::to_string(list.first) + "\":" + list.second + ']');
-    return strJson += '}';
+    return strJson += "]}";
 }
 
 // All powers of two that a real can be, from the least one, which is the first parameter. CROSS keeps SQLite from
@@ -116,7 +118,7 @@ void writeList(std::vector<BoundValue>& values, std::size_t begin, std::size_t l
         bool blNul = false;
         for (std::size_t i = begin; i < values.size(); ++i)
             blNul = blNul || (values[i].kind() == BoundValue::Kind::Text && needsNulFree(values[i].text()));
-        strSql += "(SELECT " + (blNul ? withNulSql("value") : std::string("value")) + " FROM json_each(?))";
+        appendAll(strSql, {"(SELECT ", blNul ? withNulSql("value") : "value", " FROM json_each(?))"});
         strJson = "[";
         for (std::size_t i = begin; i < values.size(); ++i)
             appendItem(strJson, blNul ? quotedJson(nulFree(values[i].text())) : jsonOf(values[i]));
@@ -138,19 +140,16 @@ void writeJsonList(std::vector<ListValue>& list, std::size_t listMax, std::strin
         values.push_back(BoundValue::owned(strJson += ']'));
         return;
     }
-    const auto reals =
-        std::stable_partition(list.begin(), list.end(), [](const ListValue& item) { return !item.blJsonReal; });
     strSql += '(';
-    const auto append = [&](auto itBegin, auto itEnd, const char* szParameter)
+    for (const bool blJsonReal : {false, true})
     {
         const std::size_t begin = values.size();
-        for (auto it = itBegin; it != itEnd; ++it)
-            values.push_back(std::move(it->value));
-        if (itBegin != itEnd)
-            pad(values, begin, szParameter, strSql);
-    };
-    append(list.begin(), reals, "?");
-    append(reals, list.end(), "CAST(? AS REAL)");
+        for (ListValue& item : list)
+            if (item.blJsonReal == blJsonReal)
+                values.push_back(std::move(item.value));
+        if (values.size() > begin)
+            pad(values, begin, parameterOf(blJsonReal), strSql);
+    }
     strSql += ')';
 }
 

@@ -21,6 +21,11 @@ struct ListValue
     bool blJsonReal = false;  // value is the text of a real number in JSON
 };
 
+inline const char* parameterOf(bool blJsonReal)
+{
+    return blJsonReal ? "CAST(? AS REAL)" : "?";
+}
+
 // Appends "(...)", what IN wants on its right, for values that are all the same kind of a member; they are taken from
 // values[begin] on, which is not the end, and replaced by those of the parameters.
 void writeList(std::vector<BoundValue>& values, std::size_t begin, std::size_t listMax, std::string& strSql);

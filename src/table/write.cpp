@@ -13,6 +13,7 @@ namespace
 {
 
 // The parts of a record that has a key: the key's values in the key's order, and the others.
+// They borrow from the record's values.
 struct KeyedRecord
 {
     explicit KeyedRecord(const Definition& definition) : others(definition) {}
@@ -42,7 +43,7 @@ KeyedRecord splitKey(const Store& store, const Facts& facts, const RecordValues&
 {
     KeyedRecord keyed(store.definition);
     for (const KeyColumn& column : facts.key)
-        keyed.key.push_back(record.values[valuePlace(store, record, *column.pMember)]);
+        keyed.key.push_back(record.values[valuePlace(store, record, *column.pMember)].alias());
     std::size_t place = 0;
     for (const Member& member : store.definition.members())
     {
@@ -51,14 +52,14 @@ KeyedRecord splitKey(const Store& store, const Facts& facts, const RecordValues&
         if (!isKey(facts, member))
         {
             keyed.others.members.add(store.placeOf(member));
-            keyed.others.values.push_back(record.values[place]);
+            keyed.others.values.push_back(record.values[place].alias());
         }
         ++place;
     }
     if (keyed.others.values.empty())  // an update must set something
     {
         keyed.others.members.add(store.placeOf(*facts.key.front().pMember));
-        keyed.others.values.push_back(keyed.key.front());
+        keyed.others.values.push_back(keyed.key.front().alias());
     }
     return keyed;
 }
@@ -84,9 +85,10 @@ bool hasKey(const Facts& facts, const Json::Value& jRec, std::string_view& lacki
 bool updateAndRead(Store& store, const Facts& facts, Waiter& waiter, const RecordValues& record, bool& blFound,
                    Json::Value& jRec, Status& status)
 {
-    const KeyedRecord keyed = splitKey(store, facts, record);
-    std::vector<BoundValue> values = keyed.others.values;
-    values.insert(values.end(), keyed.key.begin(), keyed.key.end());
+    KeyedRecord keyed = splitKey(store, facts, record);
+    std::vector<BoundValue>& values = keyed.others.values;
+    for (const BoundValue& value : keyed.key)
+        values.push_back(value.alias());
     const Shape shape{StatementKind::Update, &keyed.others.members, facts.strByKey};
     if (!runToEnd(store, waiter, shape, values, status))
         return false;
