@@ -31,22 +31,20 @@ public:
     BoundValue() = default;
     static BoundValue integer(std::int64_t iValue)
     {
-        BoundValue value(Kind::Integer);
-        value.m_content.iValue = iValue;
+        BoundValue value;
+        value.setInteger(iValue);
         return value;
     }
     static BoundValue real(double dValue)
     {
-        BoundValue value(Kind::Real);
-        value.m_content.dValue = dValue;
+        BoundValue value;
+        value.setReal(dValue);
         return value;
     }
-    // The characters belong to the caller, who keeps them until the statement has been reset.
     static BoundValue borrowed(std::string_view text)
     {
-        BoundValue value(Kind::Text);
-        value.m_content.szText = text.data();
-        value.m_length = text.size();
+        BoundValue value;
+        value.setBorrowed(text);
         return value;
     }
     static BoundValue owned(std::string strText)
@@ -72,6 +70,24 @@ public:
         BoundValue value(Kind::Value);
         value.m_content.pValue = pValue;
         return value;
+    }
+
+    void setInteger(std::int64_t iValue)
+    {
+        m_kind = Kind::Integer;
+        m_content.iValue = iValue;
+    }
+    void setReal(double dValue)
+    {
+        m_kind = Kind::Real;
+        m_content.dValue = dValue;
+    }
+    // The characters belong to the caller, who keeps them until the statement has been reset.
+    void setBorrowed(std::string_view text)
+    {
+        m_kind = Kind::Text;
+        m_content.szText = text.data();
+        m_length = text.size();
     }
 
     Kind kind() const { return m_kind; }

@@ -104,39 +104,39 @@ Fit jsonFit(const Json::Value& jValue, int depth)  // NOLINT(misc-no-recursion):
 }
 
 // Sets the value too, unless it is the text of a JSON type, which costs more.
-Fit fitOf(ValueClass valueClass, const Json::Value& jValue, BoundValue& value)
+Fit fitOf(ValueClass valueClass, Json::ValueType type, const Json::Value& jValue, BoundValue& value)
 {
     switch (valueClass)
     {
         case ValueClass::String:
-            if (!jValue.isString())
+            if (type != Json::stringValue)
                 return Fit::WrongKind;
-            value = BoundValue::borrowed(textOf(jValue));
+            value.setBorrowed(textOf(jValue));
             return Fit::Fits;
         case ValueClass::Bool:
-            if (!jValue.isBool())
+            if (type != Json::booleanValue)
                 return Fit::WrongKind;
-            value = BoundValue::integer(jValue.asBool() ? 1 : 0);
+            value.setInteger(jValue.asBool() ? 1 : 0);
             return Fit::Fits;
         case ValueClass::Float:
         case ValueClass::Double:
         {
             double dValue = 0;
             const Fit fit = realNumber(jValue, valueClass == ValueClass::Float, dValue);
-            value = BoundValue::real(dValue);
+            value.setReal(dValue);
             return fit;
         }
         case ValueClass::Object:
-            return jValue.isObject() ? jsonFit(jValue, 0) : Fit::WrongKind;
+            return type == Json::objectValue ? jsonFit(jValue, 0) : Fit::WrongKind;
         case ValueClass::Array:
-            return jValue.isArray() ? jsonFit(jValue, 0) : Fit::WrongKind;
+            return type == Json::arrayValue ? jsonFit(jValue, 0) : Fit::WrongKind;
         case ValueClass::AnyJson:
             return jsonFit(jValue, 0);
         default:
         {
             std::int64_t iValue = 0;
             const Fit fit = wholeNumber(jValue, rangeOf(valueClass), iValue);
-            value = BoundValue::integer(iValue);
+            value.setInteger(iValue);
             return fit;
         }
     }
@@ -199,24 +199,27 @@ const char* describe(const Member& member)
 
 bool checkValue(const Member& member, const Json::Value& jValue, std::string_view path, Status& status)
 {
-    if (jValue.isNull())
+    const Json::ValueType type = jValue.type();
+    if (type == Json::nullValue)
         return true;
     BoundValue unused;
-    const Fit fit = fitOf(member.pType->valueClass, jValue, unused);
+    const Fit fit = fitOf(member.pType->valueClass, type, jValue, unused);
     return fit == Fit::Fits || report(fit, member, path, status);
 }
 
 bool toBound(const Member& member, const Json::Value& jValue, std::string_view path, BoundValue& value, Status& status)
 {
-    if (jValue.isNull())
+    const Json::ValueType type = jValue.type();
+    if (type == Json::nullValue)
     {
         value = BoundValue();
         return true;
     }
-    const Fit fit = fitOf(member.pType->valueClass, jValue, value);
+    const ValueClass valueClass = member.pType->valueClass;
+    const Fit fit = fitOf(valueClass, type, jValue, value);
     if (fit != Fit::Fits)
         return report(fit, member, path, status);
-    if (isJson(member.pType->valueClass))
+    if (isJson(valueClass))
         value = BoundValue::owned(toString(jValue));
     return true;
 }

@@ -33,8 +33,8 @@ long long changeRows(Store& store, Waiter& waiter, const Shape& shape, const std
 long long deleteCompiled(Store& store, const Compiled& compiled, Status& status)
 {
     Waiter waiter(store.iLockTimeout);
-    return changeRows(store, waiter, {StatementKind::Delete, nullptr, compiled.strSql, compiled.blKeep},
-                      compiled.values, status);
+    return changeRows(store, waiter, {StatementKind::Delete, nullptr, compiled.sql(), compiled.blKeep}, compiled.values,
+                      status);
 }
 
 }  // namespace
@@ -42,23 +42,23 @@ long long deleteCompiled(Store& store, const Compiled& compiled, Status& status)
 long long updateRecords(Store& store, const Json::Value& jFilter, const Json::Value& jValues, bool blAllowAll,
                         Status& status)
 {
-    Compiled compiled;
     RecordValues record(store.definition);
-    if (!compileFilter(store, jFilter, blAllowAll, compiled, status) ||
-        !bindRecord(store.definition, jValues, false, record, status))
+    if (!bindRecord(store.definition, jValues, false, record, status))
         return -1;
     if (record.values.empty())
     {
         fail(status, Code::BadRequest, "", "There is no value to set.");
         return -1;
     }
+    Compiled compiled;
+    compiled.values = std::move(record.values);  // those of the filter follow
+    if (!compileFilter(store, jFilter, blAllowAll, compiled, status))
+        return -1;
     Waiter waiter(store.iLockTimeout);
     if (!store.look(waiter, status) || !checkRequired(store.definition, *store.pFacts, jValues, false, false, status))
         return -1;
-    for (BoundValue& value : compiled.values)
-        record.values.push_back(std::move(value));
-    return changeRows(store, waiter, {StatementKind::Update, &record.members, compiled.strSql, compiled.blKeep},
-                      record.values, status);
+    return changeRows(store, waiter, {StatementKind::Update, &record.members, compiled.sql(), compiled.blKeep},
+                      compiled.values, status);
 }
 
 long long deleteRecords(Store& store, const Json::Value& jFilter, bool blAllowAll, Status& status)

@@ -99,7 +99,7 @@ bool reportCells(Store& store, const Facts& facts, Waiter& waiter, Json::Value& 
         if (columnOf(facts, member.name) != nullptr)
         {
             members.push_back(&member);
-            appendAll(strSql, {strSql.empty() ? "SELECT " : ", ", member.strColumn});
+            appendAll(strSql, {strSql.empty() ? "SELECT " : ", ", member.column()});
         }
     if (members.empty())
         return true;

@@ -35,7 +35,7 @@ bool failKind(ConditionParts& parts, const Subject& subject, const char* szText)
 
 void append(ConditionParts& parts, const Subject& subject, const char* szRest)
 {
-    parts.strSql += subject.pMember->strColumn;
+    parts.strSql += subject.pMember->column();
     parts.strSql += szRest;
 }
 

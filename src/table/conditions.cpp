@@ -290,12 +290,21 @@ private:
 };
 
 // Most filters are one member and its value, and the other way costs a tenth of an update.
-const Member* soleEqual(const Definition& definition, const Json::Value& jFilter)
+const Member* soleEqual(const Definition& definition, const Json::Value& jFilter, const Json::Value*& pValue)
 {
     if (!jFilter.isObject() || jFilter.size() != 1)
         return nullptr;
     const auto it = jFilter.begin();
-    return it->isNull() || it->isArray() || it->isObject() ? nullptr : definition.find(nameOf(it));
+    pValue = &*it;
+    switch (pValue->type())
+    {
+        case Json::nullValue:
+        case Json::arrayValue:
+        case Json::objectValue:
+            return nullptr;
+        default:
+            return definition.find(nameOf(it));
+    }
 }
 
 }  // namespace
@@ -304,22 +313,27 @@ bool compileEqual(const Member& member, const Json::Value& jValue, Compiled& com
 {
     if (!toBound(member, jValue, member.name, compiled.values.emplace_back(), status))
         return false;
-    compiled.strSql = join({" WHERE ", member.strColumn, " = ?"});
+    compiled.pEqual = &member;
     return compiled.blCondition = true;
 }
 
 bool compile(const Definition& definition, sqlite3* pDb, const Json::Value& jFilter, FilterKind kind,
              Compiled& compiled, Status& status)
 {
-    if (const Member* pMember = soleEqual(definition, jFilter))
-        return compileEqual(*pMember, *jFilter.begin(), compiled, status);
+    const Json::Value* pValue = nullptr;
+    if (const Member* pMember = soleEqual(definition, jFilter, pValue))
+        return compileEqual(*pMember, *pValue, compiled, status);
 
+    const std::size_t iBefore = compiled.values.size();
     // Lists become one parameter each only where there would be too many parameters: an index serves both, but
     // parameters of their own are faster and do not need SQLite's JSON functions.
     const auto iMaxValues = static_cast<std::size_t>(sqlite3_limit(pDb, SQLITE_LIMIT_VARIABLE_NUMBER, -1));
     for (const std::size_t listMax : {std::numeric_limits<std::size_t>::max(), std::size_t{1}})
     {
+        std::vector<BoundValue> before = std::move(compiled.values);
+        before.resize(iBefore);
         compiled = Compiled();
+        compiled.values = std::move(before);
         if (!Compiler(definition, pDb, kind, listMax, compiled, status).run(jFilter))
             return false;
         if (compiled.values.size() <= iMaxValues)

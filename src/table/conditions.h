@@ -9,6 +9,7 @@
 #include <vorn/status.h>
 
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include "bound_value.h"
@@ -22,7 +23,10 @@ namespace vorn
 // A filter or a request whose values are parameters: two of the same shape have the same text.
 struct Compiled
 {
-    std::string strSql;                 // "" or " WHERE ...", then " ORDER BY ..." and " LIMIT ? OFFSET ?"
+    std::string_view sql() const { return pEqual != nullptr ? std::string_view(pEqual->strEqual) : strSql; }
+
+    const Member* pEqual = nullptr;     // that this member equals a value is all
+    std::string strSql;                 // else: "" or " WHERE ...", then " ORDER BY ..." and " LIMIT ? OFFSET ?"
     std::vector<BoundValue> values;     // of the parameters, in order; borrows from the request
     std::vector<const Member*> fields;  // what "fields" asks for, in order of the names; empty: every member
     std::vector<Json::Value> lists;     // made of the request; values borrow from them too
@@ -38,8 +42,9 @@ enum class FilterKind
     One
 };
 
-// Checks the filter (an object, or null for an empty one) and writes its SQL. The connection tells SQLite's limits
-// and nothing is run on it. False with the status; compiled is then of no use.
+// Checks the filter (an object, or null for an empty one), writes its SQL and appends its values to those that are
+// there already. The connection tells SQLite's limits and nothing is run on it. False with the status; compiled is then
+// of no use.
 bool compile(const Definition& definition, sqlite3* pDb, const Json::Value& jFilter, FilterKind kind,
              Compiled& compiled, Status& status);
 

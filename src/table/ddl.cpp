@@ -79,7 +79,7 @@ const char* columnTypeName(const Member& member)
 
 std::string columnText(const Member& member)
 {
-    std::string strText = join({member.strQuoted, " ", columnTypeName(member)});
+    std::string strText = join({member.quotedName(), " ", columnTypeName(member)});
     if (member.blKey || member.blRequired)
         strText += " NOT NULL";
     BoundValue value;
@@ -99,12 +99,12 @@ std::string createTableText(const Definition& definition)
         // Alone, a key of an integer type is the rowid and numbers itself.
         if (isSoleKey(definition, member) && std::string_view(columnTypeName(member)) == "INTEGER")
         {
-            appendAll(strColumns, {member.strQuoted, " INTEGER PRIMARY KEY"});
+            appendAll(strColumns, {member.quotedName(), " INTEGER PRIMARY KEY"});
             continue;
         }
         strColumns += columnText(member);
         if (member.blKey)
-            appendAll(strKey, {strKey.empty() ? ", PRIMARY KEY (" : ", ", member.strQuoted});
+            appendAll(strKey, {strKey.empty() ? ", PRIMARY KEY (" : ", ", member.quotedName()});
     }
     return join({"CREATE TABLE ", definition.quotedName(), " (", strColumns, strKey, strKey.empty() ? ")" : "))"});
 }
@@ -134,7 +134,7 @@ std::string indexText(const Definition& definition, const Member& member, bool b
 {
     const std::string strName = join({definition.name(), ":", member.name, blUnique ? ":unique" : ":index"});
     return join({blUnique ? "CREATE UNIQUE INDEX " : "CREATE INDEX ", names.schema(), ".",
-                 quoted(names.unused(strName)), " ON ", definition.quotedName(), " (", member.strQuoted, ")"});
+                 quoted(names.unused(strName)), " ON ", definition.quotedName(), " (", member.quotedName(), ")"});
 }
 
 }  // namespace vorn

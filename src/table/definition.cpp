@@ -7,9 +7,9 @@
 #include <cstdlib>
 
 #include "../core/json_members.h"
-#include "../core/schema.h"
 #include "cell_value.h"
 #include "failure.h"
+#include "join.h"
 #include "names.h"
 
 namespace vorn
@@ -123,8 +123,9 @@ bool Definition::read(const std::string& strName, const Json::Value& jTableDef, 
         Member member;
         if (!readMember(nameOf(it), *it, member, status))
             return false;
-        member.strQuoted = quoted(member.name);
-        member.strColumn = read.m_strQuotedName + '.' + member.strQuoted;
+        member.strEqual = join({Member::kBefore, read.m_strQuotedName, ".", quoted(member.name), Member::kBehind});
+        member.tableLength = read.m_strQuotedName.size();
+        read.m_blRequired = read.m_blRequired || member.blKey || member.blRequired;
         iKeys += member.blKey ? 1 : 0;
         read.m_members.push_back(std::move(member));
     }
@@ -135,11 +136,6 @@ bool Definition::read(const std::string& strName, const Json::Value& jTableDef, 
             return failDefinition(status, member.name, "A boolean cannot be the only member of the key.");
     definition = std::move(read);
     return true;
-}
-
-const Member* Definition::find(std::string_view name, std::size_t& expected) const
-{
-    return findMember(m_members, name, expected);
 }
 
 }  // namespace vorn

@@ -21,14 +21,24 @@ struct Member
 {
     std::string_view name;    // lives as long as the process and ends in a NUL, so that records can point to it
     const ColumnType* pType;  // the row of the table of types
-    std::string strQuoted;    // "name", as SQL writes an identifier
-    std::string strColumn;    // "table"."name"
+    std::string strEqual;     // " WHERE "table"."name" = ?": the condition of most operations
+    std::size_t tableLength;  // of "table" in it
     bool blKey = false;
     bool blUnique = false;
     bool blRequired = false;
     bool blIndex = false;
     bool blHasDefault = false;
     Json::Value jDefault;
+
+    // "table"."name", and "name", as SQL writes identifiers.
+    std::string_view column() const
+    {
+        return std::string_view(strEqual).substr(kBefore.size(), strEqual.size() - kBefore.size() - kBehind.size());
+    }
+    std::string_view quotedName() const { return column().substr(tableLength + 1); }
+
+    static constexpr std::string_view kBefore = " WHERE ";
+    static constexpr std::string_view kBehind = " = ?";
 };
 
 class Definition
@@ -40,6 +50,7 @@ public:
     const std::string& name() const { return m_strName; }
     const std::string& quotedName() const { return m_strQuotedName; }
     const std::vector<Member>& members() const { return m_members; }  // in order of their names
+    bool hasRequired() const { return m_blRequired; }                 // or key members
 
     // The member of that name, or null. Names that come in ascending order are found at once: expected, the place where
     // the last search ended, starts at 0.
@@ -54,6 +65,7 @@ private:
     std::string m_strName;
     std::string m_strQuotedName;
     std::vector<Member> m_members;
+    bool m_blRequired = false;
 };
 
 // A name as SQL writes an identifier: in double quotes, its own doubled.

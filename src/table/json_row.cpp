@@ -54,9 +54,9 @@ std::string writeWalk(ConditionParts& parts, const Subject& subject)
     constexpr int kMaxNames = 60;  // SQLite joins 64 tables at most
 
     // A row must not hide the table, whatever that is called.
-    const char first = subject.pMember->strColumn[1];
+    const char first = subject.pMember->column()[1];
     const char letter = first == 'j' || first == 'J' ? 'k' : 'j';
-    const std::string strCell = nulFreeSql(subject.pMember->strColumn);
+    const std::string strCell = nulFreeSql(subject.pMember->column());
     if (!subject.blPath)
     {
         appendAll(parts.strSql,

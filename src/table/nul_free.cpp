@@ -49,13 +49,13 @@ std::string nulFreeJson(std::string_view json)
     return strJson;
 }
 
-std::string nulFreeSql(const std::string& strColumn)
+std::string nulFreeSql(std::string_view column)
 {
-    std::string strReplaced = join({"replace(replace(replace(", strColumn});
+    std::string strReplaced = join({"replace(replace(replace(", column});
     for (const auto& replacement : kReplacements)
         appendAll(strReplaced, {",'", replacement[0], "','", replacement[1], "')"});
-    return join({"CASE WHEN NOT json_valid(", strColumn, ") THEN NULL WHEN instr(", strColumn, ",'\\')=0 THEN ",
-                 strColumn, " ELSE ", strReplaced, " END"});
+    return join({"CASE WHEN NOT json_valid(", column, ") THEN NULL WHEN instr(", column, ",'\\')=0 THEN ", column,
+                 " ELSE ", strReplaced, " END"});
 }
 
 std::string withNulSql(const std::string& strExpression)

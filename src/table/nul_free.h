@@ -24,7 +24,7 @@ std::string nulFree(std::string_view text);
 std::string nulFreeJson(std::string_view json);
 
 // SQL for nulFreeJson() of the cell, NULL where the cell holds no JSON.
-std::string nulFreeSql(const std::string& strColumn);
+std::string nulFreeSql(std::string_view column);
 
 // SQL for the text that the SQL expression holds in that form.
 std::string withNulSql(const std::string& strExpression);

@@ -32,7 +32,7 @@ public:
 
     Shape shape(StatementKind kind) const
     {
-        return {kind, m_compiled.fields.empty() ? nullptr : &m_fields, m_compiled.strSql, m_compiled.blKeep};
+        return {kind, m_compiled.fields.empty() ? nullptr : &m_fields, m_compiled.sql(), m_compiled.blKeep};
     }
 
     const std::vector<BoundValue>& values() const { return m_compiled.values; }

@@ -104,14 +104,13 @@ Cell readReal(ValueClass valueClass, double dValue, Json::Value& jValue)
 Cell readJsonText(ValueClass valueClass, std::string_view text, JsonReader& reader, StrictReader& strictReader,
                   Json::Value& jValue)
 {
-    Json::Value jRead;
-    if (!strictReader.read(text, reader, jRead) || (valueClass == ValueClass::Object && !jRead.isObject()) ||
-        (valueClass == ValueClass::Array && !jRead.isArray()))
+    if (!strictReader.read(text, reader, jValue))
         return Cell::Bad;
-    if (jRead.isNull())
-        return Cell::Absent;
-    jValue.swapPayload(jRead);
-    return Cell::Value;
+    const Json::ValueType type = jValue.type();
+    if ((valueClass == ValueClass::Object && type != Json::objectValue) ||
+        (valueClass == ValueClass::Array && type != Json::arrayValue))
+        return Cell::Bad;
+    return type == Json::nullValue ? Cell::Absent : Cell::Value;
 }
 
 // The characters of a text or BLOB, or of a number as text.
@@ -180,7 +179,7 @@ Cell readCell(const Member& member, sqlite3_value* pCell, JsonReader& reader, St
     const int iType = sqlite3_value_type(pCell);
     if (iType == SQLITE_NULL)
         return Cell::Absent;
-    if (iType == SQLITE_TEXT)
+    if (iType == SQLITE_TEXT && valueClass != ValueClass::String)
         return readText(member, cellText(pCell, false), reader, strictReader, jValue);
     if (valueClass == ValueClass::String)
         return setText(cellText(pCell, iType == SQLITE_BLOB), jValue);

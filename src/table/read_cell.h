@@ -35,7 +35,8 @@ private:
     std::unique_ptr<Json::CharReader> m_pReader;
 };
 
-// The value that a text stands for; a NUL stands behind it. Leaves jValue alone unless it is Cell::Value.
+// The value that a text stands for; a NUL stands behind it. jValue is null, stays so
+// where the cell is absent, and is of no use where it is bad.
 Cell readText(const Member& member, std::string_view text, JsonReader& reader, StrictReader& strictReader,
               Json::Value& jValue);
 

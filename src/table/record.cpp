@@ -12,6 +12,13 @@ namespace vorn
 namespace
 {
 
+// The order of two names, which end in a NUL. Most differ at once.
+int compareNames(std::string_view left, std::string_view right)
+{
+    const int iFirst = static_cast<unsigned char>(*left.data()) - static_cast<unsigned char>(*right.data());
+    return iFirst != 0 ? iFirst : left.compare(right);
+}
+
 bool failKind(Status& status)
 {
     return fail(status, Code::BadRequest, "", "A record must be an object.");
@@ -46,14 +53,17 @@ bool bindRecord(const Definition& definition, const Json::Value& jRec, bool blDe
 {
     if (!jRec.isObject())
         return failKind(status);
-    record.values.reserve(definition.members().size());
+    record.values.reserve(definition.members().size() + 1);  // an update's condition is mostly one value
     auto it = jRec.begin();
-    const auto itEnd = jRec.end();
+    Json::ArrayIndex left = jRec.size();
+    std::string_view name = left > 0 ? nameOf(it) : std::string_view();
     std::size_t place = 0;
     for (const Member& member : definition.members())
     {
+        if (left == 0 && !blDefaults)
+            break;
         // Both stand in the same order, so a name that comes before the member's is no member's.
-        const int order = it != itEnd ? nameOf(it).compare(member.name) : 1;
+        const int order = left > 0 ? compareNames(name, member.name) : 1;
         if (order < 0)
             break;
         const Json::Value* pValue = order == 0 ? &*it : blDefaults && member.blHasDefault ? &member.jDefault : nullptr;
@@ -64,15 +74,20 @@ bool bindRecord(const Definition& definition, const Json::Value& jRec, bool blDe
             record.members.add(place);
         }
         if (order == 0)
+        {
             ++it;
+            name = --left > 0 ? nameOf(it) : std::string_view();
+        }
         ++place;
     }
-    return it == itEnd || failUnknown(status, nameOf(it));
+    return left == 0 || failUnknown(status, name);
 }
 
 bool checkRequired(const Definition& definition, const Facts& facts, const Json::Value& jRec, bool blNew,
                    bool blDefaults, Status& status)
 {
+    if (!definition.hasRequired())
+        return true;
     for (const Member& member : definition.members())
     {
         if (!member.blRequired && !member.blKey)

@@ -89,7 +89,7 @@ bool RequestKeys::writeSortKey(const Definition& definition, ConditionParts& par
         return false;
     parts.strSql += szSeparator;
     if (!subject.blPath)
-        parts.strSql += subject.pMember->strColumn;
+        parts.strSql += subject.pMember->column();
     else if (!writePathValue(parts, subject))
         return false;
     parts.strSql += blDescending ? " DESC" : "";

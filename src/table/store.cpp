@@ -30,7 +30,7 @@ void appendMembers(std::string& strText, const Store& store, const MemberSet* pM
 
 std::string_view quotedNameOf(const Member& member)
 {
-    return member.strQuoted;
+    return member.quotedName();
 }
 
 void appendInsert(std::string& strText, const Store& store, const MemberSet& members, const char* szInsert)
@@ -58,10 +58,8 @@ bool failMissing(const Definition& definition, const Facts& facts, Status& statu
     return fail(status, Code::Missing, facts.strMissing, "The table has no column for %; tableUpgrade() adds it.");
 }
 
-bool Store::look(Waiter& waiter, Status& status)
+bool Store::lookAnew(Waiter& waiter, Status& status)
 {
-    if (pFacts != nullptr)
-        return true;
     Facts facts;
     for (const bool blAgain : {false, true})
     {
@@ -119,7 +117,7 @@ std::string statementText(const Store& store, const Shape& shape)
         case StatementKind::Select:
             strText = "SELECT ";
             appendMembers(strText, store, shape.pMembers,
-                          [](const Member& member) -> std::string_view { return member.strColumn; });
+                          [](const Member& member) -> std::string_view { return member.column(); });
             if (!store.pFacts->strRowid.empty())
                 appendAll(strText, {", ", store.pFacts->strRowid});
             appendAll(strText, {" FROM ", strTable});

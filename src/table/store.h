@@ -38,7 +38,7 @@ struct Store
     StatementPointer pUndoOwn;            // the same for a transaction of the operation's own
 
     // Reads the facts where they are not known. Missing where the table or a declared column is not there.
-    bool look(Waiter& waiter, Status& status);
+    bool look(Waiter& waiter, Status& status) { return pFacts != nullptr || lookAnew(waiter, status); }
 
     // Whether the schema has changed since the facts were read. Inside a transaction that has not read yet only the
     // connection's own changes are seen, because a look at the file would be its first read.
@@ -52,6 +52,8 @@ struct Store
 
     // The database that holds the table, or null where it is not known.
     const char* schema() const { return pFacts != nullptr ? pFacts->strSchema.c_str() : nullptr; }
+
+    bool lookAnew(Waiter& waiter, Status& status);
 
     std::size_t placeOf(const Member& member) const
     {

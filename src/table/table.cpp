@@ -35,16 +35,16 @@ struct Table::Inside
     {
         if (pInside == nullptr)
             return kFailure;
-        Status now = pInside->definitionStatus;
+        Status now;
         long long iResult = kFailure;
-        if (now.code == Code::Ok)
-        {
-            if (blNeedsConnection && pInside->store.pDb == nullptr)
-                fail(now, Code::Misuse, "", "There is no connection.");
-            else
-                iResult = operation(pInside->store, now);
-        }
-        pInside->status = std::move(now);
+        if (pInside->definitionStatus.code != Code::Ok)
+            now = pInside->definitionStatus;
+        else if (blNeedsConnection && pInside->store.pDb == nullptr)
+            fail(now, Code::Misuse, "", "There is no connection.");
+        else
+            iResult = operation(pInside->store, now);
+        if (now.code != Code::Ok || pInside->status.code != Code::Ok)
+            pInside->status = std::move(now);
         pInside->blErrMsg = false;
         return iResult;
     }
