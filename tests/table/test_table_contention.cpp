@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <vector>
 
@@ -64,9 +65,8 @@ int workOnRecords(const std::string& strPath, int iProcess, int report)
             !isDone(1, [&] { return table.recDelete(jOld); }))
             return 1;
     }
-    return faults::ChildProcess::send(report, std::chrono::duration_cast<std::chrono::milliseconds>(longest).count())
-               ? 0
-               : 1;
+    const std::int64_t milliseconds = std::chrono::duration_cast<std::chrono::milliseconds>(longest).count();
+    return faults::ChildProcess::send(report, milliseconds) ? 0 : 1;
 }
 
 }  // namespace
@@ -94,10 +94,10 @@ TEST(TableContention, OfFourProcessesCreatesUpdatesAndDeletesEveryRecordOnceAndN
         for (int i = 0; i < kProcesses; ++i)
             children.push_back(std::make_unique<faults::ChildProcess>(
                 [&file, i](int report) { return workOnRecords(file.path(), i, report); }));
-        long longest = 0;
+        std::int64_t longest = 0;
         for (const auto& pChild : children)
         {
-            long milliseconds = kTimeout + 1;
+            std::int64_t milliseconds = kTimeout + 1;
             EXPECT_TRUE(pChild->receive(milliseconds));
             EXPECT_EQ(0, pChild->wait());
             longest = std::max(longest, milliseconds);

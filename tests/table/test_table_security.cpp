@@ -289,12 +289,18 @@ TEST_F(TableSecurity, S05_ValuesOfConditions)
                 }
                 const Json::Value jFilter = with(szMember, with(szOperator, jOperand));
                 if (t->explain(jFilter, jOut) == 0)
+                {
                     EXPECT_EQ(std::string::npos, jOut["sql"].asString().find(hostile(strText).substr(0, 12)));
+                }
                 else
+                {
                     EXPECT_TRUE(failed(*t, -1, t->status().code, t->status().member)) << jFilter;
+                }
                 // Comparisons and "%" may find records, equality may not.
                 if (szOperator == std::string("$eq") && szMember == std::string("name"))
+                {
                     EXPECT_EQ(0, count(jFilter));
+                }
             }
     expectUnharmed();
 }
@@ -586,7 +592,9 @@ TEST_F(TableSecurity, S24_CellsOfOthers)
             t.run("UPDATE @ SET " + std::string(szMember) + " = " + szCell + " WHERE id = 1");
             Json::Value jOut;
             if (t->recGetOne(json(R"({"id": 1})"), jOut) == -1)
+            {
                 EXPECT_TRUE(failed(*t, -1, Code::BadCell, szMember)) << szCell;
+            }
             EXPECT_LE(0, t->recCount(json(R"({"info.a": 1, "list": {"$size": 1}, "note": {"$like": "x%"}})")));
             t.run("UPDATE @ SET " + std::string(szMember) + " = NULL");
         }
