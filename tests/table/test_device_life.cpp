@@ -180,7 +180,7 @@ protected:
 
     const std::size_t m_nColumns = 5;
     const long m_nOperations = operations();
-    const long m_nKills = std::clamp(m_nOperations / 5000, 25L, 200L);
+    const long m_nKills = std::clamp(m_nOperations / 5000, m_nOperations < 10000 ? 5L : 25L, 200L);
     const long m_nSampleEvery = m_nOperations / kSamples;
     support::TempFile m_file;
     support::Random m_random;
