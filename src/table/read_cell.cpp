@@ -37,9 +37,13 @@ Cell setWhole(ValueClass valueClass, std::int64_t iValue, Json::Value& jValue)
                 return Cell::Bad;
             return set(jValue, Json::Value(static_cast<Json::UInt>(iValue)));
         case ValueClass::UInt63:
-            return iValue < 0 ? Cell::Bad : set(jValue, Json::Value(static_cast<Json::UInt64>(iValue)));
+            if (iValue < 0)
+                return Cell::Bad;
+            return set(jValue, Json::Value(static_cast<Json::UInt64>(iValue)));
         case ValueClass::Bool:
-            return iValue < 0 || iValue > 1 ? Cell::Bad : set(jValue, Json::Value(iValue == 1));
+            if (iValue < 0 || iValue > 1)
+                return Cell::Bad;
+            return set(jValue, Json::Value(iValue == 1));
         default:
             return set(jValue, Json::Value(static_cast<Json::Int64>(iValue)));
     }
@@ -95,7 +99,11 @@ Cell readReal(ValueClass valueClass, double dValue, Json::Value& jValue)
 {
     constexpr double kTwoTo63 = 9223372036854775808.0;
     if (valueClass == ValueClass::Float || valueClass == ValueClass::Double || valueClass == ValueClass::AnyJson)
-        return std::isfinite(dValue) ? set(jValue, Json::Value(dValue)) : Cell::Bad;
+    {
+        if (!std::isfinite(dValue))
+            return Cell::Bad;
+        return set(jValue, Json::Value(dValue));
+    }
     if (!(dValue >= -kTwoTo63 && dValue < kTwoTo63) || dValue != std::trunc(dValue))
         return Cell::Bad;
     return setWhole(valueClass, static_cast<std::int64_t>(dValue), jValue);
@@ -158,7 +166,9 @@ Cell readText(const Member& member, std::string_view text, JsonReader& reader, S
         case ValueClass::Double:
         {
             double dValue = 0;
-            return realOfText(text, dValue) ? set(jValue, Json::Value(dValue)) : Cell::Bad;
+            if (!realOfText(text, dValue))
+                return Cell::Bad;
+            return set(jValue, Json::Value(dValue));
         }
         case ValueClass::Object:
         case ValueClass::Array:

@@ -115,7 +115,9 @@ std::string Table::getErrMsg() const
 {
     if (m_pInside != nullptr && m_pInside->blErrMsg)
         return m_pInside->strErrMsg;
-    return status().code == Code::Duplicate ? "DUPLICATE_PRIMARY_KEY" : status().text;
+    if (status().code == Code::Duplicate)
+        return "DUPLICATE_PRIMARY_KEY";
+    return status().text;
 }
 
 void Table::setErrMsg(const std::string& strErrMsg)
