@@ -117,8 +117,11 @@ long long runOnce(Store& store, Waiter& waiter, const RawSql& raw, Json::Value& 
     ResultReader reader(store, run.statement());
     blColumns = sqlite3_column_count(run.statement()) > 0;
     while (run.isRow())
-        if (!reader.read(run.statement(), jRows.append(Json::Value()), status) || !run.next(status))
+    {
+        Json::Value& jRow = jRows.append(Json::Value());
+        if (!reader.read(run.statement(), jRow, status) || !run.next(status))
             return -1;
+    }
     if (blColumns)
         return static_cast<long long>(jRows.size());
     return raw.blData ? sqlite3_changes64(store.pDb) : 0;

@@ -87,8 +87,11 @@ bool listRecords(Store& store, const Json::Value& jRequest, Json::Value& jRecArr
         if (!run.start(request.shape(StatementKind::Select), request.values(), status))
             return false;
         while (run.isRow())
-            if (!run.read(jRows.append(Json::Value()), status) || !run.next(status))
+        {
+            Json::Value& jRow = jRows.append(Json::Value());
+            if (!run.read(jRow, status) || !run.next(status))
                 return false;
+        }
     }
     appendRows(jRows, jRecArrayOut);
     return true;

@@ -216,9 +216,7 @@ long long Table::recDeleteByArray(const std::vector<std::string>& values, const 
 
 long long Table::recDeleteByName(const std::string& value, const char* szKey)
 {
-    return Inside::run(m_pInside.get(), kNeedsConnection,
-                       [&](Store& store, Status& now) -> long long
-                       { return deleteByTexts(store, {value}, szKey, now); });
+    return recDeleteByArray(std::vector<std::string>(1, value), szKey);
 }
 
 long long Table::runSql(const std::string& strSql, const Json::Value& jParams, Json::Value& jRowsOut)

@@ -121,7 +121,10 @@ void writeList(std::vector<BoundValue>& values, std::size_t begin, std::size_t l
         appendAll(strSql, {"(SELECT ", blNul ? withNulSql("value") : "value", " FROM json_each(?))"});
         strJson = "[";
         for (std::size_t i = begin; i < values.size(); ++i)
-            appendItem(strJson, blNul ? quotedJson(nulFree(values[i].text())) : jsonOf(values[i]));
+            if (blNul)
+                appendItem(strJson, quotedJson(nulFree(values[i].text())));
+            else
+                appendItem(strJson, jsonOf(values[i]));
         strJson += ']';
         values.resize(begin);
     }
@@ -135,7 +138,10 @@ void writeJsonList(std::vector<ListValue>& list, std::size_t listMax, std::strin
     {
         std::string strJson = "[";
         for (const ListValue& item : list)
-            appendItem(strJson, item.blJsonReal ? std::string(item.value.text()) : jsonOf(item.value));
+            if (item.blJsonReal)
+                appendItem(strJson, item.value.text());
+            else
+                appendItem(strJson, jsonOf(item.value));
         strSql += "(SELECT value FROM json_each(?))";
         values.push_back(BoundValue::owned(strJson += ']'));
         return;
