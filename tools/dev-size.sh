@@ -105,6 +105,7 @@ figures()
         row "$name" resident_kib "resident after the first record (KiB)"
         row "$name" copied_kib "of that written to, so not shared with other processes (KiB)"
         row "$name" object_bytes "heap of one more open object (bytes)"
+        [ "$name" != vorntable ] || row "$name" statement_bytes "heap of one more kept statement, SQLite's part too (bytes)"
         row "$name" left_bytes "heap that stays when a table's object is gone (bytes)"
     done
 }
