@@ -72,7 +72,7 @@ Rounds listByRows()
         };
         enter(lanes, kind.strId, kGrowthRows, taskOf);
     }
-    return Rounds(std::move(lanes));
+    return Rounds(std::move(lanes), kFewerRounds);
 }
 
 namespace
@@ -225,7 +225,7 @@ Rounds byMembers(Cost (Wide::*work)())
                   return [table, work] { return (table.get()->*work)(); };
               });
     }
-    return Rounds(std::move(lanes));
+    return Rounds(std::move(lanes), kFewerRounds);
 }
 
 // Counts by a filter of that size in an empty table, where the filter is all the work.

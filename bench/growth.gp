@@ -25,10 +25,10 @@ set origin 0, 0
 set size 0.5, 0.5
 set title "Create and get back: microseconds per member, by members"
 creates = folder . "/growth-members-create.tsv"
-plot for [i = 2:3] creates using 1:(column(i) / 1000) title columnheader(i) lt i - 1
+plot for [i = 2:4] creates using 1:(column(i) / 1000) title columnheader(i) lt i - 1
 
 set origin 0.5, 0
 set title "List all: microseconds per member, by members"
 lists = folder . "/growth-members-list.tsv"
-plot for [i = 2:3] lists using 1:(column(i) / 1000) title columnheader(i) lt i - 1
+plot for [i = 2:4] lists using 1:(column(i) / 1000) title columnheader(i) lt i - 1
 unset multiplot

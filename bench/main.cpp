@@ -3,6 +3,7 @@
 // The benchmark: options, and what they run.
 
 #include <CLI/CLI.hpp>
+#include <algorithm>
 #include <csignal>
 #include <cstdio>
 #include <exception>
@@ -32,6 +33,15 @@ void runOnly(const std::string& strWork, const std::string& strContestant, const
     std::printf("records %zu allocations %zu\n", cost.records, cost.allocations);
 }
 
+// 0 where all that must be reached is.
+int judgeCounts(const std::string& strCounts)
+{
+    const std::vector<bench::Judged> all = bench::countedTargets(bench::Counts(strCounts));
+    bench::printTargets(all);
+    const auto reached = [](const bench::Judged& judged) { return bench::reaches(judged, judged.must); };
+    return std::all_of(all.begin(), all.end(), reached) ? 0 : 1;
+}
+
 }  // namespace
 
 int main(int argc, char** argv)
@@ -59,8 +69,8 @@ try
     CLI11_PARSE(app, argc, argv);
 
     if (blTargets)
-        bench::printTargets(bench::countedTargets(bench::Counts(options.strCounts)));
-    else if (only.empty())
+        return judgeCounts(options.strCounts);
+    if (only.empty())
         bench::report(options);
     else
         runOnly(only[0], only[1], setting, count);

@@ -49,16 +49,12 @@ private:
     std::ofstream m_file;
 };
 
-// Who stands in which picture, in this order.
-const std::vector<std::string> kContractRoom{"library", "percall", "kept", "exec", "sqlitecpp", "soci", "poco", "raw"};
-const std::vector<std::string> kTableRoom{"table", "kept",      "sqlitecpp", "sqlitecpp-kept",
-                                          "soci",  "soci-kept", "poco",      "poco-kept"};
-
-std::vector<ContestantKind> kindsOf(const std::vector<std::string>& ids)
+std::vector<ContestantKind> kindsOf(std::initializer_list<const char*> ids)
 {
     std::vector<ContestantKind> kinds;
-    for (const std::string& strId : ids)
-        kinds.push_back(contestantKind(strId));
+    kinds.reserve(ids.size());
+    for (const char* szId : ids)
+        kinds.push_back(contestantKind(szId));
     return kinds;
 }
 
@@ -104,9 +100,13 @@ public:
 private:
     void mainSetting()
     {
-        // The pictures: each library beside what its rival is, the second with the peers' kept forms.
-        DataFile contract(m_options.strDataFolder, "works.tsv", "work", kindsOf(kContractRoom));
-        DataFile table(m_options.strDataFolder, "table.tsv", "work", kindsOf(kTableRoom));
+        // Who stands in which table of the page, in this order.
+        const std::vector<ContestantKind> contractRoom =
+            kindsOf({"library", "percall", "kept", "exec", "sqlitecpp", "soci", "poco", "raw"});
+        const std::vector<ContestantKind> tableRoom =
+            kindsOf({"table", "kept", "sqlitecpp", "sqlitecpp-kept", "soci", "soci-kept", "poco", "poco-kept"});
+        DataFile contract(m_options.strDataFolder, "works.tsv", "work", contractRoom);
+        DataFile table(m_options.strDataFolder, "table.tsv", "work", tableRoom);
         for (const Work& work : works())
         {
             Setting here;
@@ -130,8 +130,8 @@ private:
             }
             figures.print();
             if (contestantKind("library").does(work.kind))
-                enterRatios(contract, work, rounds, kindsOf(kContractRoom), work.strRival);
-            enterRatios(table, work, rounds, kindsOf(kTableRoom), "kept");
+                enterRatios(contract, work, rounds, contractRoom, work.strRival);
+            enterRatios(table, work, rounds, tableRoom, "kept");
             judge(work, here, rounds);
         }
     }
@@ -181,7 +181,7 @@ private:
             work.strId + (here.blFile ? "--file" : "") + (here.blTransaction ? "--transaction" : "");
         for (const Target& target : workTargets())
         {
-            if (target.strWork != work.strId)
+            if (target.strWork != work.strId || !target.must.time)  // the others need no clock
                 continue;
             const Judged judged{blMain ? work.strName : work.strName + ", " + nameOf(here),
                                 contestantKind(target.strRival).strName,

@@ -40,13 +40,12 @@ std::size_t operationsPerBatch(Place& place, const Work& work, std::int64_t want
 
 }  // namespace
 
-Rounds::Rounds(std::vector<Lane> lanes)
+Rounds::Rounds(std::vector<Lane> lanes, std::size_t rounds)
 {
     static std::mt19937 random(20240229);
-    constexpr std::size_t kRounds = 11;
     // What else the machine does can only slow a batch, so the fastest of a few is nearest to what the work costs.
     constexpr int kBatches = 3;
-    for (std::size_t round = 0; round < kRounds; ++round)
+    for (std::size_t round = 0; round < rounds; ++round)
     {
         std::map<std::string, double> fastest;
         for (int i = 0; i < kBatches; ++i)
@@ -81,7 +80,7 @@ Spread Rounds::ratio(const std::string& strId, const std::string& strRival) cons
     return spreadOf(std::move(ratios));
 }
 
-Rounds runWork(const Work& work, const Setting& setting, std::int64_t batch, bool blKeptPeers)
+Rounds runWork(const Work& work, const Setting& setting, std::int64_t batch, bool blMain)
 {
     const auto calibrate = [&]
     {
@@ -95,7 +94,7 @@ Rounds runWork(const Work& work, const Setting& setting, std::int64_t batch, boo
     const std::size_t count = Worker<std::size_t>(calibrate).run();
 
     std::vector<Lane> lanes;
-    for (const ContestantKind& kind : work.contestants(blKeptPeers))
+    for (const ContestantKind& kind : work.contestants(blMain))
     {
         const auto setUp = [&]
         {
@@ -105,7 +104,7 @@ Rounds runWork(const Work& work, const Setting& setting, std::int64_t batch, boo
         };
         lanes.push_back({kind.strId, std::make_shared<Worker<Cost>>(setUp)});
     }
-    return Rounds(std::move(lanes));
+    return Rounds(std::move(lanes), blMain ? kRounds : kFewerRounds);
 }
 
 }  // namespace bench

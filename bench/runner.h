@@ -31,11 +31,15 @@ struct Lane
     unsigned char task = 0;
 };
 
+// Where all contestants do all works in the main setting, and elsewhere.
+constexpr std::size_t kRounds = 11;
+constexpr std::size_t kFewerRounds = 5;
+
 // What the lanes cost, round by round.
 class Rounds
 {
 public:
-    explicit Rounds(std::vector<Lane> lanes);
+    Rounds(std::vector<Lane> lanes, std::size_t rounds);
 
     // Per record.
     Spread nanoseconds(const std::string& strId) const;
@@ -50,8 +54,8 @@ private:
 };
 
 // One work of all contestants in one setting, in batches that last the rival so many nanoseconds at least; the lanes
-// are the contestants' ids.
-Rounds runWork(const Work& work, const Setting& setting, std::int64_t batch, bool blKeptPeers);
+// are the contestants' ids. In the main setting with all rounds and the peers' kept forms.
+Rounds runWork(const Work& work, const Setting& setting, std::int64_t batch, bool blMain);
 
 }  // namespace bench
 

@@ -102,7 +102,7 @@ std::string verdict(const Judged& judged, const Bound& bound)
 {
     std::string strText = bound.time ? number(*bound.time, 2) : "";
     if (bound.instructions)
-        strText += "/" + number(*bound.instructions, 2);
+        strText += (bound.time ? "/" : "") + number(*bound.instructions, 2);
     strText += reaches(judged, bound) ? " reached" : " MISSED";
     return instructionsDecide(judged, bound) ? strText + " (i)" : strText;
 }
@@ -131,8 +131,8 @@ void printTargets(const std::vector<Judged>& all)
     for (const Judged& judged : all)
     {
         table.add({judged.strWhat, judged.strBeside, judged.time ? text(*judged.time) : "",
-                   judged.instructions ? number(*judged.instructions, 2) : "", verdict(judged, judged.must),
-                   judged.aim ? verdict(judged, *judged.aim) : ""});
+                   judged.instructions ? number(*judged.instructions, judged.time ? 2 : 3) : "",
+                   verdict(judged, judged.must), judged.aim ? verdict(judged, *judged.aim) : ""});
     }
     table.print();
 }
