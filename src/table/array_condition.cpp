@@ -57,7 +57,6 @@ bool writeAll(ConditionParts& parts, const Subject& subject, const Json::Value& 
             return false;
         different.insert(textOfOne(jValue));
     }
-    parts.given += list.size();
     const std::string strRow = writeExists(parts, subject, blNegated);
     if (strRow.empty())
         return false;
@@ -80,7 +79,6 @@ bool writeArrayCondition(ConditionParts& parts, const Subject& subject, Operator
     const ValueClass valueClass = subject.pMember->pType->valueClass;
     if (!subject.blPath && valueClass != ValueClass::Array && valueClass != ValueClass::AnyJson)
         return fail(parts.status, Code::BadType, subject.name, "% holds no arrays, which $all and $size are for.");
-    ++parts.given;
     return op == Operator::All ? writeAll(parts, subject, jOperand, blNegated)
                                : writeSize(parts, subject, jOperand, blNegated);
 }

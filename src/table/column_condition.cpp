@@ -70,7 +70,6 @@ bool writeIn(ConditionParts& parts, const Subject& subject, const Json::Value& j
         if (!toBound(*subject.pMember, jValue, subject.name, parts.values.back(), parts.status))
             return false;
     }
-    parts.given += parts.values.size() - begin;
     if (parts.values.size() == begin)
     {
         if (blNull)
@@ -217,7 +216,6 @@ std::string afterPrefix(std::string_view prefix)
 bool writeColumnCondition(ConditionParts& parts, const Subject& subject, Operator op, const Json::Value& jOperand,
                           bool blNegated)
 {
-    ++parts.given;
     switch (op)
     {
         case Operator::Eq:

@@ -26,7 +26,6 @@ struct ConditionParts
     std::string& strSql;              // SQL text is appended here,
     std::vector<BoundValue>& values;  // and the values of its parameters here
     std::size_t listMax;              // a list of more values becomes one parameter, a JSON text
-    std::size_t given;                // how many values the filter has given so far
 };
 
 // One operator but $not on a member itself, or on a path into one. What is negated holds in exactly those rows where

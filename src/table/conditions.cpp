@@ -43,12 +43,11 @@ class Compiler
 public:
     Compiler(const Definition& definition, sqlite3* pDb, FilterKind kind, std::size_t listMax, Compiled& compiled,
              Status& status)
-        : m_definition(definition), m_kind(kind), m_compiled(compiled), m_status(status), m_parts{pDb,
-                                                                                                  status,
-                                                                                                  m_tree.text(),
-                                                                                                  m_tree.values(),
-                                                                                                  listMax,
-                                                                                                  0}
+        : m_definition(definition),
+          m_kind(kind),
+          m_compiled(compiled),
+          m_status(status),
+          m_parts{pDb, status, m_tree.text(), m_tree.values(), listMax}
     {
     }
 
@@ -63,9 +62,8 @@ public:
             m_compiled.strSql = " WHERE ";
             m_tree.write(m_compiled.strSql, m_compiled.values);
         }
-        m_compiled.blKeep = m_parts.given <= kMostKept;
-        ConditionParts parts{m_parts.pDb,       m_status,        m_compiled.strSql,
-                             m_compiled.values, m_parts.listMax, m_parts.given};
+        m_compiled.blKeep = m_given <= kMostKept;
+        ConditionParts parts{m_parts.pDb, m_status, m_compiled.strSql, m_compiled.values, m_parts.listMax};
         return m_kind == FilterKind::Filter ||
                m_keys.write(m_definition, parts, m_kind == FilterKind::One, m_compiled.fields);
     }
@@ -207,7 +205,7 @@ private:
         if (!compileRaw(RawKind::Condition, jValue.asString(),
                         pParams != nullptr ? *pParams : Json::Value::nullSingleton(), strRaw, m_parts.values, m_status))
             return false;
-        m_parts.given += m_parts.values.size() - values;
+        m_given += m_parts.values.size() - values;
         strSql += strRaw;
         strSql += blNegated ? "\n)) IS NOT 0" : "\n)";  // a comment at its end must not reach the parenthesis
         m_tree.end(group, kPathWeight);
@@ -261,6 +259,7 @@ private:
                ConditionTree::Node group)
     {
         begin();
+        m_given += op == Operator::In || op == Operator::All ? jOperand.size() : 1;
         const bool blArray = op == Operator::All || op == Operator::Size;
         const bool blWritten = blArray          ? writeArrayCondition(m_parts, subject, op, jOperand, blNegated)
                                : subject.blPath ? writePathCondition(m_parts, subject, op, jOperand, blNegated)
@@ -286,6 +285,7 @@ private:
     Status& m_status;
     ConditionTree m_tree;
     ConditionParts m_parts;
+    std::size_t m_given = 0;  // how many values the filter gives
     RequestKeys m_keys;
 };
 

@@ -53,7 +53,6 @@ bool readList(ConditionParts& parts, const Subject& subject, const Json::Value& 
         if (!toRowValue(parts, subject, jValue, list.back()))
             return false;
     }
-    parts.given += jOperand.size();
     return true;
 }
 
@@ -145,7 +144,6 @@ bool writePathValue(ConditionParts& parts, const Subject& subject)
 bool writePathCondition(ConditionParts& parts, const Subject& subject, Operator op, const Json::Value& jOperand,
                         bool blNegated)
 {
-    ++parts.given;
     switch (op)
     {
         case Operator::Eq:

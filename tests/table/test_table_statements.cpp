@@ -164,6 +164,8 @@ TEST(TableStatements, ServeListsOfManyLengths)
     const int iNone = keptStatements(t.handle());
     EXPECT_EQ(101, t->recCount(firstNumbers(101)));
     EXPECT_EQ(iNone, keptStatements(t.handle())) << "more than 100 values: not kept";
+    EXPECT_EQ(100, t->recCount(firstNumbers(100)));
+    EXPECT_EQ(iNone + 1, keptStatements(t.handle()));
     for (int iLength = 1; iLength <= 100; ++iLength)
         EXPECT_EQ(iLength, t->recCount(firstNumbers(iLength)));
     EXPECT_LE(1, keptStatements(t.handle()) - iNone);
