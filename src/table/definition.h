@@ -19,10 +19,10 @@ namespace vorn
 
 struct Member
 {
-    std::string_view name;    // lives as long as the process and ends in a NUL, so that records can point to it
-    const ColumnType* pType;  // the row of the table of types
-    std::string strEqual;     // " WHERE "table"."name" = ?": the condition of most operations
-    std::size_t tableLength;  // of "table" in it
+    std::string_view name;  // lives as long as the process and ends in a NUL, so that records can point to it
+    const ColumnType* pType = nullptr;  // the row of the table of types
+    std::string strEqual;               // " WHERE "table"."name" = ?": the condition of most operations
+    std::size_t tableLength = 0;        // of "table" in it
     bool blKey = false;
     bool blUnique = false;
     bool blRequired = false;

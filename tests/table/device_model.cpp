@@ -75,8 +75,7 @@ void Device::close()
 long DeviceModel::step(Device* pDevice)
 {
     const long n = m_nDone + 1;
-    support::Random random(m_seed * 1000003 + static_cast<std::uint64_t>(n));
-    m_random = &random;
+    m_random = support::Random(m_seed * 1000003 + static_cast<std::uint64_t>(n));
     m_pDevice = pDevice;
     if (n % m_nEmptyEvery == 0)
         empty();
@@ -96,10 +95,10 @@ long DeviceModel::step(Device* pDevice)
             &DeviceModel::transfer, &DeviceModel::startAndGiveUp, &DeviceModel::read,  &DeviceModel::visit,
             &DeviceModel::runSql,   &DeviceModel::fail,           &DeviceModel::look,  &DeviceModel::create,
             &DeviceModel::save,     &DeviceModel::transfer,       &DeviceModel::update};
-        if (random.oneIn(16))
-            remove(random.below(3) + 1);
+        if (m_random.oneIn(16))
+            remove(m_random.below(3) + 1);
         else
-            (this->*random.of(kOperations))();
+            (this->*m_random.of(kOperations))();
     }
     return m_nDone = n;
 }
@@ -140,14 +139,14 @@ std::vector<std::string> DeviceModel::rows() const
 
 DeviceModel::Records::iterator DeviceModel::any()
 {
-    return std::next(m_records.begin(), static_cast<std::ptrdiff_t>(m_random->below(m_records.size())));
+    return std::next(m_records.begin(), static_cast<std::ptrdiff_t>(m_random.below(m_records.size())));
 }
 
 void DeviceModel::create()
 {
     const int iId = m_iNextId++;
     m_records[iId] = {revision(), 0, m_added};
-    const bool blSave = m_random->oneIn(3), blReadBack = m_random->oneIn(2);
+    const bool blSave = m_random.oneIn(3), blReadBack = m_random.oneIn(2);
     if (m_pDevice == nullptr)
         return;
     Json::Value jRecord = toJson(iId), jOut;
@@ -168,7 +167,7 @@ void DeviceModel::create()
 void DeviceModel::createSeveral()
 {
     Json::Value jRecords(Json::arrayValue);
-    for (std::size_t i = m_random->below(6); i <= 6; ++i)
+    for (std::size_t i = m_random.below(6); i <= 6; ++i)
     {
         m_records[m_iNextId] = {revision(), 0, m_added};
         jRecords.append(toJson(m_iNextId++));
@@ -181,7 +180,7 @@ void DeviceModel::createSeveral()
 
 void DeviceModel::save()
 {
-    const bool blNew = m_random->oneIn(3);
+    const bool blNew = m_random.oneIn(3);
     const int iId = blNew ? m_iNextId++ : any()->first;
     if (blNew)
         m_records[iId] = {0, 0, m_added};
@@ -201,7 +200,7 @@ void DeviceModel::update()
     const auto from = any();
     const auto until = std::next(from, std::min<std::ptrdiff_t>(20, std::distance(from, m_records.end())));
     const int iRevision = revision();
-    const bool blAdded = m_iVersion > 0 && m_random->oneIn(2);
+    const bool blAdded = m_iVersion > 0 && m_random.oneIn(2);
     for (auto it = from; it != until; ++it)
         (blAdded ? it->second.added[static_cast<std::size_t>(m_iVersion - 1)] : it->second.iRevision) = iRevision;
     if (m_pDevice == nullptr)
@@ -226,7 +225,7 @@ void DeviceModel::transfer()
     const auto from = any(), to = any();
     if (from == to)
         return;
-    const auto nMoved = static_cast<long long>(m_random->below(1000000));
+    const auto nMoved = static_cast<long long>(m_random.below(1000000));
     from->second.nAmount -= nMoved;
     to->second.nAmount += nMoved;
     if (m_pDevice == nullptr)
@@ -263,7 +262,7 @@ void DeviceModel::remove(std::size_t count)
     // Who is left has what the others had.
     if (!m_records.empty())
         m_records.begin()->second.nAmount += nSum;
-    const std::size_t way = m_random->below(4);
+    const std::size_t way = m_random.below(4);
     if (m_pDevice == nullptr)
         return;
     std::vector<std::string> texts;
@@ -385,7 +384,7 @@ void DeviceModel::look()
     if (m_pDevice == nullptr)
         return;
     Json::Value jReport, jPlan, jRecord = toJson(any()->first);
-    EXPECT_TRUE(done(table(), table().tableCheck(jReport, m_random->oneIn(4))));
+    EXPECT_TRUE(done(table(), table().tableCheck(jReport, m_random.oneIn(4))));
     EXPECT_EQ(static_cast<Json::ArrayIndex>(level() - m_iVersion), jReport["undeclared"].size());
     EXPECT_TRUE(done(table(), table().explain(one("name", "a"), jPlan)));
     EXPECT_TRUE(done(table(), table().checkJsonType(jRecord)));
@@ -397,7 +396,7 @@ void DeviceModel::look()
 void DeviceModel::reopen()
 {
     // Sometimes an older firmware.
-    m_iVersion = std::max(0, level() - (m_random->oneIn(4) ? 1 : 0));
+    m_iVersion = std::max(0, level() - (m_random.oneIn(4) ? 1 : 0));
     if (m_pDevice == nullptr)
         return;
     m_pDevice->open(m_iVersion);

@@ -88,7 +88,7 @@ private:
 
     Json::Value toJson(int iId) const;
     Records::iterator any();
-    int revision() { return static_cast<int>(m_random->below(1000)); }
+    int revision() { return static_cast<int>(m_random.below(1000)); }
     vorn::Table& table() { return m_pDevice->table(); }
 
     std::uint64_t m_seed;
@@ -101,7 +101,7 @@ private:
     Records m_records;
 
     Device* m_pDevice = nullptr;  // during a step, like what follows
-    support::Random* m_random = nullptr;
+    support::Random m_random{0};  // of the step
 };
 
 }  // namespace table_tests
