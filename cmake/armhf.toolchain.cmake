@@ -17,7 +17,9 @@ set(CMAKE_FIND_ROOT_PATH_MODE_LIBRARY ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_INCLUDE ONLY)
 set(CMAKE_FIND_ROOT_PATH_MODE_PACKAGE ONLY)
 
-set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm-static -L /usr/arm-linux-gnueabihf)
+# On a device these libraries are where every program finds them.
+set(CMAKE_CROSSCOMPILING_EMULATOR qemu-arm-static -L /usr/arm-linux-gnueabihf
+  -E LD_LIBRARY_PATH=${armhf_sysroot}/usr/lib/arm-linux-gnueabihf)
 
 # Where one target library needs another.
 set(CMAKE_EXE_LINKER_FLAGS_INIT -Wl,-rpath-link=${armhf_sysroot}/usr/lib/arm-linux-gnueabihf)
