@@ -216,8 +216,18 @@ TEST(TableValues, OfADefaultAreThoseThatARecordTakes)
             Json::Value jOut;
             EXPECT_TRUE(done(table, table.recCreate(Json::Value(Json::objectValue), jOut)));
             EXPECT_EQ(taken.jBack, jOut["m"]);
-            // The column has the same default, for those who write it without the table.
-            if (taken.jGiven != Json::Value(std::string("a\0b", 3)))
+            // The column has the same default, for those who write it without the table, as far as SQLite reads
+            // numbers: on processors without wide reals it is off by the last bit for some, which makes the greatest
+            // infinite.
+            bool blRead = true;
+            if (taken.jBack.type() == Json::realValue)
+            {
+                Json::Value jParams, jRows;
+                jParams.append(taken.jBack);
+                EXPECT_EQ(1, table.runSql("SELECT ? = " + compact(taken.jBack) + " AS same", jParams, jRows));
+                blRead = jRows[0]["same"] == 1;
+            }
+            if (blRead && taken.jGiven != Json::Value(std::string("a\0b", 3)))
             {
                 EXPECT_EQ(SQLITE_OK, db.run("INSERT INTO " + strName + " (id) VALUES (5)"));
                 jOut = Json::Value();
