@@ -24,7 +24,7 @@ if [ "$architecture" = "$(dpkg --print-architecture)" ]; then
     used=$(versions g++-12 libc6 libjsoncpp25 libsqlite3-0 libstdc++6)
     counted=$({
         # the longest first
-        printf '%s\n' 'list table 100000' {values,filters}' table '{1000,100} 'members table '{256,16}
+        printf '%s\n' 'list table 100000' {values,filters}' table '{1000,101} 'members table '{256,16}
         printf '%s kept\n' list page create fetch update delete bulk
         printf '%s table\n' list page create fetch update delete sorted filter count bulk foreach
         printf '%s library\n' list page create fetch update delete
