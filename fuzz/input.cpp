@@ -124,7 +124,7 @@ std::optional<model::Step> readStep(const Json::Value& jStep)
                     break;
                 case 'n':
                     if (jArgument.isString())
-                        step.name = jArgument.asString();
+                        step.name = jArgument.asCString();  // as it is given to the library: up to its first NUL
                     break;
                 case 'i':
                     step.number = smallNumberOf(jArgument);
