@@ -164,6 +164,8 @@ private:
             MarkdownTable table(head);
             for (const ContestantKind& kind : contestantKinds())
             {
+                if (!columns.front().has(kind.strId))
+                    continue;
                 std::vector<std::string> row{kind.strName};
                 for (std::size_t i = 0; i < columns.size(); ++i)
                     row.push_back(number(columns[i].ratio(kind.strId, works()[i].strRival).median, 2));
