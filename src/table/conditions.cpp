@@ -74,21 +74,19 @@ private:
                     ConditionTree::Node parent)
     {
         const ConditionTree::Node group = m_tree.group(parent, kindOf(!blNegated));
-        std::size_t expected = 0;
         for (auto it = jFilter.begin(); it != jFilter.end(); ++it)
-            if (!readEntry(jFilter, nameOf(it), *it, blNegated, level, group, expected))
+            if (!readEntry(jFilter, nameOf(it), *it, blNegated, level, group))
                 return false;
         return true;
     }
 
     bool readEntry(const Json::Value& jFilter, std::string_view name,  // NOLINT(misc-no-recursion): kMaxLevel
-                   const Json::Value& jValue, bool blNegated, int level, ConditionTree::Node group,
-                   std::size_t& expected)
+                   const Json::Value& jValue, bool blNegated, int level, ConditionTree::Node group)
     {
         if (name.substr(0, 1) == "$")
             return readDollar(name, jValue, blNegated, level, group);
         Subject subject;
-        subject.pMember = m_definition.find(name, expected);
+        subject.pMember = m_definition.find(name);
         if (subject.pMember == nullptr)
         {
             if (name == kRawFilter || name == kRawParams)
@@ -98,7 +96,7 @@ private:
         }
         if (subject.pMember != nullptr)
             subject.name = name;
-        else if (!readSubject(m_definition, name, expected, subject, m_status))
+        else if (!readSubject(m_definition, name, subject, m_status))
             return false;
         return readCondition(subject, jValue, blNegated, level, group);
     }
@@ -177,9 +175,8 @@ private:
     bool readEqual(EqualFilters equal, bool blNegated, ConditionTree::Node group)
     {
         Subject subject;
-        std::size_t expected = 0;
         m_compiled.lists.push_back(std::move(equal.jList));
-        return readSubject(m_definition, equal.name, expected, subject, m_status) &&
+        return readSubject(m_definition, equal.name, subject, m_status) &&
                write(subject, Operator::In, m_compiled.lists.back(), blNegated, group);
     }
 

@@ -52,14 +52,8 @@ public:
     const std::vector<Member>& members() const { return m_members; }  // in order of their names
     bool hasRequired() const { return m_blRequired; }                 // or key members
 
-    // The member of that name, or null. Names that come in ascending order are found at once: expected, the place where
-    // the last search ended, starts at 0.
-    const Member* find(std::string_view name, std::size_t& expected) const;
-    const Member* find(std::string_view name) const
-    {
-        std::size_t expected = 0;
-        return find(name, expected);
-    }
+    // The member of that name, or null.
+    const Member* find(std::string_view name) const;
 
 private:
     std::string m_strName;

@@ -84,8 +84,7 @@ bool RequestKeys::writeSortKey(const Definition& definition, ConditionParts& par
     if (blDescending)
         name.remove_prefix(1);
     Subject subject;
-    std::size_t expected = 0;
-    if (!readSubject(definition, name, expected, subject, parts.status))
+    if (!readSubject(definition, name, subject, parts.status))
         return false;
     parts.strSql += szSeparator;
     if (!subject.blPath)

@@ -47,12 +47,11 @@ bool failUnknown(const Definition& definition, std::string_view name, Status& st
     return fail(status, Code::UnknownMember, name, "The definition has no member %^", didYouMean(strNearest));
 }
 
-bool readSubject(const Definition& definition, std::string_view name, std::size_t& expected, Subject& subject,
-                 Status& status)
+bool readSubject(const Definition& definition, std::string_view name, Subject& subject, Status& status)
 {
     subject.name = name;
     subject.blPath = false;
-    subject.pMember = definition.find(name, expected);
+    subject.pMember = definition.find(name);
     if (subject.pMember != nullptr)
         return true;
     for (std::size_t dot = name.rfind('.'); dot != std::string_view::npos && dot > 0; dot = name.rfind('.', dot - 1))

@@ -24,9 +24,8 @@ struct Subject
 };
 
 // Finds what the name speaks of: the member of that name, or the one with the longest name that the path begins with.
-// False with UnknownMember, or BadType for a path into an array. For expected see Definition::find().
-bool readSubject(const Definition& definition, std::string_view name, std::size_t& expected, Subject& subject,
-                 Status& status);
+// False with UnknownMember, or BadType for a path into an array.
+bool readSubject(const Definition& definition, std::string_view name, Subject& subject, Status& status);
 
 // UnknownMember, with the nearest name as help.
 bool failUnknown(const Definition& definition, std::string_view name, Status& status);
