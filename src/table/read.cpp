@@ -6,6 +6,7 @@
 
 #include "conditions.h"
 #include "failure.h"
+#include "heap_order.h"
 #include "operations.h"
 #include "run.h"
 
@@ -86,9 +87,11 @@ bool listRecords(Store& store, const Json::Value& jRequest, Json::Value& jRecArr
         Run run(store, waiter);
         if (!run.start(request.shape(StatementKind::Select), request.values(), status))
             return false;
+        HeapOrder order;
         while (run.isRow())
         {
             Json::Value& jRow = jRows.append(Json::Value());
+            order.note(&jRow);
             if (!run.read(jRow, status) || !run.next(status))
                 return false;
         }
