@@ -115,9 +115,10 @@ void append(std::string& strOut, const Json::Value& jValue)
 
 }  // namespace
 
-std::string toString(const Json::Value& jValue)
+std::string toString(const Json::Value& jValue, std::size_t room)
 {
     std::string strText;
+    strText.reserve(room);
     append(strText, jValue);
     return strText;
 }

@@ -13,8 +13,8 @@
 #include "json_reader.h"
 
 // Compact text on one line, as JsonCpp's stream writer gives it: UTF-8 as it is, no comments, reals with 17 significant
-// digits, "NaN" and "Infinity" where they occur.
-std::string toString(const Json::Value& jValue);
+// digits, "NaN" and "Infinity" where they occur. A text of up to room characters is written without growing.
+std::string toString(const Json::Value& jValue, std::size_t room = 0);
 
 // Sets jValue to what JsonCpp's reader makes of the text. False, with jValue null, where the reader refuses it or it is
 // nested deeper than the reader allows.

@@ -15,7 +15,8 @@ namespace vorn
 namespace
 {
 
-constexpr int kMaxDepth = 1000;  // as deep as the JSON reader goes
+constexpr std::size_t kRoom = 60;  // for the text of most JSON columns
+constexpr int kMaxDepth = 1000;    // as deep as the JSON reader goes
 
 enum class Fit
 {
@@ -202,6 +203,8 @@ bool checkValue(const Member& member, const Json::Value& jValue, std::string_vie
     const Json::ValueType type = jValue.type();
     if (type == Json::nullValue)
         return true;
+    if (type == Json::stringValue && member.pType->valueClass == ValueClass::String)
+        return true;
     BoundValue unused;
     const Fit fit = fitOf(member.pType->valueClass, type, jValue, unused);
     return fit == Fit::Fits || report(fit, member, path, status);
@@ -220,8 +223,19 @@ bool toBound(const Member& member, const Json::Value& jValue, std::string_view p
     if (fit != Fit::Fits)
         return report(fit, member, path, status);
     if (isJson(valueClass))
-        value = BoundValue::owned(toString(jValue));
+        value = BoundValue::owned(toString(jValue, kRoom));
     return true;
+}
+
+void bindChecked(const Member& member, const Json::Value& jValue, BoundValue& value)
+{
+    const ValueClass valueClass = member.pType->valueClass;
+    if (jValue.type() == Json::nullValue)
+        value = BoundValue();
+    else if (isJson(valueClass))
+        value = BoundValue::owned(toString(jValue, kRoom));
+    else
+        fitOf(valueClass, jValue.type(), jValue, value);
 }
 
 }  // namespace vorn

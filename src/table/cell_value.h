@@ -25,6 +25,9 @@ bool checkValue(const Member& member, const Json::Value& jValue, std::string_vie
 // where they can be.
 bool toBound(const Member& member, const Json::Value& jValue, std::string_view path, BoundValue& value, Status& status);
 
+// Converts a value that checkValue() has found to fit.
+void bindChecked(const Member& member, const Json::Value& jValue, BoundValue& value);
+
 // The characters of a JSON string, for as long as it is not changed.
 std::string_view textOf(const Json::Value& jString);
 

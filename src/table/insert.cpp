@@ -23,7 +23,13 @@ bool runIgnored(Store& store, Waiter& waiter, const Shape& shape, const std::vec
 
 bool insert(Store& store, Waiter& waiter, const RecordValues& record, Status& status)
 {
-    if (!runToEnd(store, waiter, {StatementKind::Insert, &record.members}, record.values, status))
+    Run run(store, waiter);
+    return insert(store, waiter, run, record, status);
+}
+
+bool insert(Store& store, Waiter& waiter, Run& run, const RecordValues& record, Status& status)
+{
+    if (!runToEnd(run, {StatementKind::Insert, &record.members}, record.values, status))
         return false;
     return sqlite3_changes64(store.pDb) != 0 ||
            runIgnored(store, waiter, {StatementKind::InsertAbort, &record.members}, record.values, status);

@@ -18,7 +18,10 @@ namespace vorn
 // Inserts the record. False with Duplicate or Constraint also where SQLite has ignored it.
 bool insert(Store& store, Waiter& waiter, const RecordValues& record, Status& status);
 
-// The same, and reads it as it is stored then. Within a savepoint.
+// The same by a run that may have inserted others before.
+bool insert(Store& store, Waiter& waiter, Run& run, const RecordValues& record, Status& status);
+
+// The same as the first, and reads it as it is stored then. Within a savepoint.
 bool insertAndRead(Store& store, const Facts& facts, Waiter& waiter, const RecordValues& record, Json::Value& jRec,
                    Status& status);
 

@@ -29,31 +29,16 @@ bool failUnknown(Status& status, std::string_view name)
     return fail(status, Code::UnknownMember, name, "The definition has no member %.");
 }
 
-}  // namespace
-
-bool checkRecord(const Definition& definition, const Json::Value& jRec, Status& status)
+enum class Walk
 {
-    if (!jRec.isObject())
-        return failKind(status);
-    std::size_t expected = 0;
-    for (auto it = jRec.begin(); it != jRec.end(); ++it)
-    {
-        const std::string_view name = nameOf(it);
-        const Member* pMember = definition.find(name, expected);
-        if (pMember == nullptr)
-            return failUnknown(status, name);
-        if (!checkValue(*pMember, *it, name, status))
-            return false;
-    }
-    return true;
-}
+    Check,
+    Bind,
+    BindChecked
+};
 
-bool bindRecord(const Definition& definition, const Json::Value& jRec, bool blDefaults, RecordValues& record,
-                Status& status)
+bool walkRecord(const Definition& definition, const Json::Value& jRec, bool blDefaults, Walk walk,
+                RecordValues* pRecord, Status& status)
 {
-    if (!jRec.isObject())
-        return failKind(status);
-    record.values.reserve(definition.members().size() + 1);  // an update's condition is mostly one value
     auto it = jRec.begin();
     Json::ArrayIndex left = jRec.size();
     std::string_view name = left > 0 ? nameOf(it) : std::string_view();
@@ -69,9 +54,20 @@ bool bindRecord(const Definition& definition, const Json::Value& jRec, bool blDe
         const Json::Value* pValue = order == 0 ? &*it : blDefaults && member.blHasDefault ? &member.jDefault : nullptr;
         if (pValue != nullptr)
         {
-            if (!toBound(member, *pValue, member.name, record.values.emplace_back(), status))
-                return false;
-            record.members.add(place);
+            if (walk == Walk::Check)
+            {
+                if (!checkValue(member, *pValue, member.name, status))
+                    return false;
+            }
+            else
+            {
+                BoundValue& value = pRecord->values.emplace_back();
+                if (walk == Walk::BindChecked)
+                    bindChecked(member, *pValue, value);
+                else if (!toBound(member, *pValue, member.name, value, status))
+                    return false;
+                pRecord->members.add(place);
+            }
         }
         if (order == 0)
         {
@@ -81,6 +77,29 @@ bool bindRecord(const Definition& definition, const Json::Value& jRec, bool blDe
         ++place;
     }
     return left == 0 || failUnknown(status, name);
+}
+
+}  // namespace
+
+bool checkRecord(const Definition& definition, const Json::Value& jRec, Status& status)
+{
+    return jRec.isObject() ? walkRecord(definition, jRec, false, Walk::Check, nullptr, status) : failKind(status);
+}
+
+bool bindRecord(const Definition& definition, const Json::Value& jRec, bool blDefaults, RecordValues& record,
+                Status& status)
+{
+    if (!jRec.isObject())
+        return failKind(status);
+    record.values.reserve(definition.members().size() + 1);  // an update's condition is mostly one value
+    return walkRecord(definition, jRec, blDefaults, Walk::Bind, &record, status);
+}
+
+void bindChecked(const Definition& definition, const Json::Value& jRec, RecordValues& record)
+{
+    Status unused;
+    record.values.reserve(definition.members().size());
+    walkRecord(definition, jRec, true, Walk::BindChecked, &record, unused);
 }
 
 bool checkRequired(const Definition& definition, const Facts& facts, const Json::Value& jRec, bool blNew,

@@ -32,6 +32,9 @@ bool checkRecord(const Definition& definition, const Json::Value& jRec, Status& 
 bool bindRecord(const Definition& definition, const Json::Value& jRec, bool blDefaults, RecordValues& record,
                 Status& status);
 
+// The same, with defaults, for a record that checkRecord() has found to be good.
+void bindChecked(const Definition& definition, const Json::Value& jRec, RecordValues& record);
+
 // Whether every member that must be there is: for a new record, or, where blNew is false, among those that are given.
 // False with Constraint.
 bool checkRequired(const Definition& definition, const Facts& facts, const Json::Value& jRec, bool blNew,

@@ -110,8 +110,12 @@ void Run::release() noexcept
 
 bool Run::prepareFor(const Shape& shape, Status& status)
 {
-    if (m_pKept != nullptr)
+    if (m_pKept != nullptr && m_pKept->isOf(shape))
+    {
+        sqlite3_reset(statement());
         return true;
+    }
+    release();
     m_iGeneration = m_store.cache.generation();
     m_pKept = m_store.cache.take(shape);
     if (m_pKept != nullptr)
@@ -169,15 +173,20 @@ bool Run::failStep(int iResult, bool blStale, Status& status)
     return false;
 }
 
-bool runToEnd(Store& store, Waiter& waiter, const Shape& shape, const std::vector<BoundValue>& values, Status& status)
+bool runToEnd(Run& run, const Shape& shape, const std::vector<BoundValue>& values, Status& status)
 {
-    Run run(store, waiter);
     if (!run.start(shape, values, status))
         return false;
     while (run.isRow())
         if (!run.next(status))
             return false;
     return true;
+}
+
+bool runToEnd(Store& store, Waiter& waiter, const Shape& shape, const std::vector<BoundValue>& values, Status& status)
+{
+    Run run(store, waiter);
+    return runToEnd(run, shape, values, status);
 }
 
 }  // namespace vorn

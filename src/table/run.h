@@ -16,7 +16,7 @@
 namespace vorn
 {
 
-// The statement is released when the run ends, whichever way.
+// The statement is released when the run's object goes, whichever way.
 class Run
 {
 public:
@@ -29,7 +29,7 @@ public:
     bool prepareFor(const Shape& shape, Status& status);
 
     // Runs the statement up to its first row or its end, waiting for locks. The values stay where they are until the
-    // run has ended.
+    // run has ended or is started again, which needs no new statement where the shape is the same.
     bool start(const Shape& shape, const std::vector<BoundValue>& values, Status& status);
 
     // Whether there is a row to be read.
@@ -62,6 +62,7 @@ private:
 };
 
 // Runs a statement whose rows are not wanted to its end.
+bool runToEnd(Run& run, const Shape& shape, const std::vector<BoundValue>& values, Status& status);
 bool runToEnd(Store& store, Waiter& waiter, const Shape& shape, const std::vector<BoundValue>& values, Status& status);
 
 }  // namespace vorn

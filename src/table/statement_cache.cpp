@@ -12,6 +12,13 @@ constexpr std::size_t kMaxKept = 32;
 
 }  // namespace
 
+bool KeptStatement::isOf(const Shape& shape) const
+{
+    return kind == shape.kind &&
+           strMembers == (shape.pMembers != nullptr ? std::string_view(shape.pMembers->bits()) : std::string_view()) &&
+           strTail == shape.tail;
+}
+
 StatementCache::StatementCache()
 {
     m_kept.reserve(kMaxKept);
@@ -19,11 +26,9 @@ StatementCache::StatementCache()
 
 std::unique_ptr<KeptStatement> StatementCache::take(const Shape& shape)
 {
-    const std::string_view members = shape.pMembers != nullptr ? std::string_view(shape.pMembers->bits()) : "";
     for (auto it = m_kept.end(); it != m_kept.begin();)
     {
-        const KeptStatement& kept = **--it;
-        if (kept.kind != shape.kind || kept.strMembers != members || kept.strTail != shape.tail)
+        if (!(*--it)->isOf(shape))
             continue;
         std::unique_ptr<KeptStatement> pKept = std::move(*it);
         m_kept.erase(it);

@@ -42,6 +42,8 @@ struct Shape
 
 struct KeptStatement
 {
+    bool isOf(const Shape& shape) const;
+
     StatementKind kind = StatementKind::Text;
     std::string strMembers;
     std::string strTail;

@@ -170,47 +170,4 @@ bool saveRecord(Store& store, Json::Value& jRec, Status& status)
     return true;
 }
 
-long long createAll(Store& store, const Json::Value& jRecArray, Status& status)
-{
-    if (!jRecArray.isNull() && !jRecArray.isArray())
-    {
-        fail(status, Code::BadRequest, "", "Records must come in an array.");
-        return -1;
-    }
-    const Json::ArrayIndex size = jRecArray.size();
-    const auto failAt = [&status](Json::ArrayIndex index)
-    {
-        status.index = index;
-        return false;
-    };
-    for (Json::ArrayIndex i = 0; i < size; ++i)
-        if (!checkRecord(store.definition, jRecArray[i], status))
-        {
-            failAt(i);
-            return -1;
-        }
-    if (size == 0)
-        return 0;
-
-    Waiter waiter(store.iLockTimeout);
-    const auto attempt = [&](const Facts& facts)
-    {
-        for (Json::ArrayIndex i = 0; i < size; ++i)
-            if (!checkRequired(store.definition, facts, jRecArray[i], true, true, status))
-                return failAt(i);
-        Savepoint savepoint(store, waiter);
-        if (!savepoint.begin(status))
-            return false;
-        for (Json::ArrayIndex i = 0; i < size; ++i)
-        {
-            RecordValues record(store.definition);
-            if (!bindRecord(store.definition, jRecArray[i], true, record, status) ||
-                !insert(store, waiter, record, status))
-                return failAt(i);
-        }
-        return savepoint.keep(status);
-    };
-    return withFacts(store, waiter, status, attempt) ? static_cast<long long>(size) : -1;
-}
-
 }  // namespace vorn
