@@ -185,6 +185,8 @@ private:
         {
             if (target.strWork != work.strId || !target.must.time)  // the others need no clock
                 continue;
+            if (!rounds.has(target.strContestant) || !rounds.has(target.strRival))
+                continue;
             const Judged judged{blMain ? work.strName : work.strName + ", " + nameOf(here),
                                 contestantKind(target.strRival).strName,
                                 rounds.ratio(target.strContestant, target.strRival),

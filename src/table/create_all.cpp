@@ -12,6 +12,12 @@ namespace vorn
 namespace
 {
 
+// Records that were made one after the other mostly lie so in memory, and a look at the next ones waits for it longer
+// than it works. So what lies some records ahead is asked for; if it is something else, nothing is lost.
+constexpr int kAhead = 6144;  // bytes
+constexpr int kSpan = 2048;
+constexpr int kLine = 64;
+
 // How many records from the first on are good. By iterators: every index would be looked up in a tree.
 template <typename Good>
 Json::ArrayIndex countGood(const Json::Value& jRecArray, Good isGood)
@@ -19,6 +25,9 @@ Json::ArrayIndex countGood(const Json::Value& jRecArray, Good isGood)
     Json::ArrayIndex count = 0;
     for (const Json::Value& jRec : jRecArray)
     {
+        const char* const pAhead = reinterpret_cast<const char*>(&jRec) + kAhead;
+        for (int i = 0; i < kSpan; i += kLine)
+            __builtin_prefetch(pAhead + i);
         if (!isGood(jRec))
             break;
         ++count;
