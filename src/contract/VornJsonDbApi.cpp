@@ -543,7 +543,7 @@ int makeMatch(const Member& member, const Json::Value& jParam, std::string& strO
     }
     else if (form == Form::Bool)
     {
-        if (VORN_FAILED(NULL == (szSql = sqlite3_mprintf("%d", jParam.asInt()))))
+        if (VORN_FAILED_AS(NULL == (szSql = escaped(std::to_string(jParam.asInt()).c_str())), kNoBoolText))
             return -1;
     }
     else if (VORN_FAILED_AS(NULL == (szSql = escaped(textOf(jParam, strConverted))), kNoText))

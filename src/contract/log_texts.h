@@ -23,6 +23,7 @@ constexpr const char* kNoField = "0 > (iTmp = DbCallBackFillField(*pjRec, column
 
 // Texts that SQLite could not make.
 constexpr const char* kNoText = R"(NULL == (szSql = sqlite3_mprintf("%q", jParam.asString().c_str())))";
+constexpr const char* kNoBoolText = R"(NULL == (szSql = sqlite3_mprintf("%d", jParam.asInt())))";
 constexpr const char* kNoJsonText = R"(NULL == (szSql = sqlite3_mprintf("%q", jParam.toString().c_str())))";
 constexpr const char* kNoItemText = R"(NULL == (szSql = sqlite3_mprintf("%q", jList[i].asString().c_str())))";
 constexpr const char* kNoJsonItemText = R"(NULL == (szSql = sqlite3_mprintf("%q", jList[i].toString().c_str())))";

@@ -6,16 +6,17 @@
 
 char* escaped(const char* szText)
 {
-    if (std::strlen(szText) > kFitsFormatter)
+    const std::string_view text(szText);
+    if (text.size() > kFitsFormatter)
         return sqlite3_mprintf("%q", szText);
     std::size_t length = 0;
-    escape(szText, [&](std::string_view piece) { length += piece.size(); });
+    escape(text, [&](std::string_view piece) { length += piece.size(); });
     auto* const szEscaped = static_cast<char*>(sqlite3_malloc64(length + 1));
     if (szEscaped == nullptr)
         return nullptr;
 
     char* szEnd = szEscaped;
-    escape(szText,
+    escape(text,
            [&](std::string_view piece)
            {
                std::memcpy(szEnd, piece.data(), piece.size());

@@ -7,7 +7,6 @@
 
 #include <sqlite3.h>
 
-#include <cstring>
 #include <string_view>
 
 // Released with sqlite3_free().
@@ -45,14 +44,14 @@ private:
 
 // Hands the pieces of the text to append() that together are the text with each of its single quotes twice.
 template <typename Append>
-void escape(const char* szText, Append append)
+void escape(std::string_view text, Append append)
 {
-    for (const char* sz = std::strchr(szText, '\''); sz != nullptr; sz = std::strchr(sz + 1, '\''))
+    for (std::size_t quote = text.find('\''); quote != std::string_view::npos; quote = text.find('\'', 1))
     {
-        append(std::string_view(szText, static_cast<std::size_t>(sz + 1 - szText)));
-        szText = sz;  // the next piece begins with the quote again
+        append(text.substr(0, quote + 1));
+        text.remove_prefix(quote);  // the next piece begins with the quote again
     }
-    append(std::string_view(szText));
+    append(text);
 }
 
 // SQLite's formatter gives null for what is longer than its limit, which is the builder's of SQLite to choose; texts up

@@ -280,11 +280,12 @@ void ValueList::addDouble(double dValue)
 
 void ValueList::addQuoted(const char* szValue)
 {
-    if (!m_blPlain || std::strlen(szValue) > kFitsFormatter)
+    const std::string_view value(szValue);
+    if (!m_blPlain || value.size() > kFitsFormatter)
         return addFormatted("%Q", szValue);
     append("'");
-    escape(szValue, [this](std::string_view piece) { append(piece); });
+    escape(value, [this](std::string_view piece) { append(piece); });
     append("'");
     checkLength();
-    m_blPlain = std::strchr(szValue, '%') == nullptr;
+    m_blPlain = value.find('%') == std::string_view::npos;
 }

@@ -14,27 +14,46 @@
 
 #include "cpp_type.h"
 
-// The member of that name, or null. Names mostly arrive in order and belong to one of the next few members: expected,
-// where the last search ended and 0 at first, is tried first and moved behind the member found.
+// The member of that name, or null.
+template <typename Named>
+const Named* findMember(const std::vector<Named>& members, std::string_view name)
+{
+    std::size_t begin = 0;
+    std::size_t end = members.size();
+    while (begin < end)
+    {
+        const std::size_t middle = begin + (end - begin) / 2;
+        const int iOrder = name.compare(members[middle].name);
+        if (iOrder == 0)
+            return &members[middle];
+        if (iOrder < 0)
+            end = middle;
+        else
+            begin = middle + 1;
+    }
+    return nullptr;
+}
+
+// The same. Names mostly arrive in order and belong to one of the next few members: expected, where the last search
+// ended and 0 at first, is tried first and moved behind the member found.
 template <typename Named>
 const Named* findMember(const std::vector<Named>& members, std::string_view name, std::size_t& expected)
 {
     constexpr std::size_t kNear = 4;
     const std::size_t nearEnd = std::min(expected + kNear, members.size());
-    for (std::size_t i = expected; i < nearEnd; ++i)
+    const Named* pFound = nullptr;
+    for (std::size_t i = expected; i < nearEnd && pFound == nullptr; ++i)
     {
-        if (members[i].name != name)
-            continue;
-        expected = i + 1;
-        return &members[i];
+        const std::string_view other = members[i].name;
+        // Most names differ in their lengths or their first characters.
+        if (other.size() == name.size() && (name.empty() || (other.front() == name.front() && other == name)))
+            pFound = &members[i];
     }
-
-    const auto it = std::lower_bound(members.begin(), members.end(), name,
-                                     [](const Named& member, std::string_view wanted) { return member.name < wanted; });
-    if (it == members.end() || it->name != name)
-        return nullptr;
-    expected = static_cast<std::size_t>(it - members.begin()) + 1;
-    return &*it;
+    if (pFound == nullptr)
+        pFound = findMember(members, name);
+    if (pFound != nullptr)
+        expected = static_cast<std::size_t>(pFound - members.data()) + 1;
+    return pFound;
 }
 
 // What is read for every row and every statement stands first.
