@@ -64,8 +64,7 @@ public:
         }
         m_compiled.blKeep = m_given <= kMostKept;
         ConditionParts parts{m_parts.pDb, m_status, m_compiled.strSql, m_compiled.values, m_parts.listMax};
-        return m_kind == FilterKind::Filter ||
-               m_keys.write(m_definition, parts, m_kind == FilterKind::One, m_compiled.fields);
+        return m_kind == FilterKind::Filter || m_keys.write(m_definition, parts, m_kind == FilterKind::One, m_compiled);
     }
 
 private:

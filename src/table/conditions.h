@@ -24,9 +24,12 @@ namespace vorn
 struct Compiled
 {
     std::string_view sql() const { return pEqual != nullptr ? std::string_view(pEqual->strEqual) : strSql; }
+    std::string_view pageOrder() const { return std::string_view(strSql).substr(pageOrderBegin, pageOrderSize); }
 
     const Member* pEqual = nullptr;     // that this member equals a value is all
     std::string strSql;                 // else: "" or " WHERE ...", then " ORDER BY ..." and " LIMIT ? OFFSET ?"
+    std::size_t pageOrderBegin = 0;     // " ORDER BY ..." of a page that SQLite has to sort for, as far as is known;
+    std::size_t pageOrderSize = 0;      // it has no parameters
     std::vector<BoundValue> values;     // of the parameters, in order; borrows from the request
     std::vector<const Member*> fields;  // what "fields" asks for, in order of the names; empty: every member
     std::vector<Json::Value> lists;     // made of the request; values borrow from them too

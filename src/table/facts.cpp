@@ -73,9 +73,12 @@ bool readPlace(sqlite3* pDb, const Definition& definition, Waiter& waiter, Facts
     // A name stands for the table in temp, else for the one in the first database that has it.
     const auto lookAt = [&facts](sqlite3_stmt* pRow)
     {
+        constexpr int kType = 2;
         const std::string strSchema = columnString(pRow, 0);
-        if (facts.strSchema.empty() || strSchema == "temp")
-            facts.strSchema = strSchema;
+        if (!facts.strSchema.empty() && strSchema != "temp")
+            return;
+        facts.strSchema = strSchema;
+        facts.blStored = columnString(pRow, kType) == "table";
     };
     return eachRow(pDb, join({"PRAGMA table_list(", definition.quotedName(), ")"}), waiter, status, lookAt) &&
            (facts.strSchema.empty() || readSchemaVersion(pDb, facts.strSchema, waiter, facts.iVersion, status));

@@ -50,6 +50,7 @@ struct Facts
     bool blTriggers = false;     // there may be triggers on the table
     MemberSet fillsItself{0};    // the members whose column gives a value where none is given
     std::string strMissing;      // the first declared member without a column, or ""
+    bool blStored = false;       // it is a table whose rows SQLite stores
     bool blExists = false;       // there is a table, a view or a virtual table of that name
 };
 

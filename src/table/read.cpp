@@ -33,7 +33,8 @@ public:
 
     Shape shape(StatementKind kind) const
     {
-        return {kind, m_compiled.fields.empty() ? nullptr : &m_fields, m_compiled.sql(), m_compiled.blKeep};
+        return {kind, m_compiled.fields.empty() ? nullptr : &m_fields, m_compiled.sql(), m_compiled.blKeep,
+                m_compiled.pageOrder()};
     }
 
     const std::vector<BoundValue>& values() const { return m_compiled.values; }

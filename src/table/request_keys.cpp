@@ -51,10 +51,20 @@ bool RequestKeys::take(Key key, std::string_view name, const Json::Value& jValue
     return true;
 }
 
-bool RequestKeys::write(const Definition& definition, ConditionParts& parts, bool blOne,
-                        std::vector<const Member*>& fields)
+bool RequestKeys::write(const Definition& definition, ConditionParts& parts, bool blOne, Compiled& compiled)
 {
-    return writeOrder(definition, parts) && writePage(parts, blOne) && readFields(definition, parts.status, fields);
+    const std::size_t begin = parts.strSql.size();
+    if (!writeOrder(definition, parts))
+        return false;
+    const std::size_t end = parts.strSql.size();
+    if (!writePage(parts, blOne))
+        return false;
+    if (m_blSorts && parts.strSql.size() != end)
+    {
+        compiled.pageOrderBegin = begin;
+        compiled.pageOrderSize = end - begin;
+    }
+    return readFields(definition, parts.status, compiled.fields);
 }
 
 // Whether "sort_direction" turns the order around.
@@ -75,7 +85,7 @@ bool RequestKeys::readDirection(Status& status, bool& blDescending) const
 }
 
 bool RequestKeys::writeSortKey(const Definition& definition, ConditionParts& parts, const Json::Value& jKey,
-                               const char* szSeparator) const
+                               const char* szSeparator)
 {
     if (!jKey.isString())
         return failKey(SortBy, parts.status, "% must be a member's name, or an array of them.");
@@ -86,6 +96,9 @@ bool RequestKeys::writeSortKey(const Definition& definition, ConditionParts& par
     Subject subject;
     if (!readSubject(definition, name, subject, parts.status))
         return false;
+    if (*szSeparator != ',')  // the rows come in the order of their first key where that has an index
+        m_blSorts =
+            subject.blPath || (!subject.pMember->blKey && !subject.pMember->blUnique && !subject.pMember->blIndex);
     parts.strSql += szSeparator;
     if (!subject.blPath)
         parts.strSql += subject.pMember->column();
@@ -95,7 +108,7 @@ bool RequestKeys::writeSortKey(const Definition& definition, ConditionParts& par
     return true;
 }
 
-bool RequestKeys::writeOrder(const Definition& definition, ConditionParts& parts) const
+bool RequestKeys::writeOrder(const Definition& definition, ConditionParts& parts)
 {
     bool blDescending = false;
     if (!readDirection(parts.status, blDescending))

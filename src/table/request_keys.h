@@ -36,13 +36,14 @@ public:
     // Takes note of a key. False where it has come before in its other spelling.
     bool take(Key key, std::string_view name, const Json::Value& jValue, Status& status);
 
-    // Checks what was noted and appends " ORDER BY ..." and " LIMIT ? OFFSET ?". blOne: at most one row is wanted.
-    bool write(const Definition& definition, ConditionParts& parts, bool blOne, std::vector<const Member*>& fields);
+    // Checks what was noted, appends " ORDER BY ..." and " LIMIT ? OFFSET ?" and sets compiled's fields and order of a
+    // page. blOne: at most one row is wanted.
+    bool write(const Definition& definition, ConditionParts& parts, bool blOne, Compiled& compiled);
 
 private:
-    bool writeOrder(const Definition& definition, ConditionParts& parts) const;
+    bool writeOrder(const Definition& definition, ConditionParts& parts);
     bool writeSortKey(const Definition& definition, ConditionParts& parts, const Json::Value& jKey,
-                      const char* szSeparator) const;
+                      const char* szSeparator);
     bool readDirection(Status& status, bool& blDescending) const;
     bool readNumber(Key key, Status& status, std::int64_t& iNumber) const;
     bool writePage(ConditionParts& parts, bool blOne) const;
@@ -51,6 +52,7 @@ private:
 
     const Json::Value* m_pValues[None] = {};
     std::string_view m_names[None];
+    bool m_blSorts = false;  // whether SQLite has to sort, as far as the definition tells
 };
 
 }  // namespace vorn

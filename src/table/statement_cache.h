@@ -38,6 +38,7 @@ struct Shape
     const MemberSet* pMembers = nullptr;  // null: none, or all where that makes sense
     std::string_view tail = {};
     bool blKeep = true;
+    std::string_view pageOrder = {};  // of a Select: see Compiled
 };
 
 struct KeptStatement

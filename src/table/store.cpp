@@ -121,6 +121,14 @@ std::string statementText(const Store& store, const Shape& shape)
             if (!store.pFacts->strRowid.empty())
                 appendAll(strText, {", ", store.pFacts->strRowid});
             appendAll(strText, {" FROM ", strTable});
+            // What SQLite sorts are whole rows, so it is given rowids alone where most of the rows are not wanted.
+            if (!shape.pageOrder.empty() && store.pFacts->blStored && !store.pFacts->strRowid.empty())
+            {
+                const std::string& strRowid = store.pFacts->strRowid;
+                appendAll(strText, {" WHERE ", strRowid, " IN (SELECT ", strRowid, " FROM ", strTable, shape.tail, ")",
+                                    shape.pageOrder});
+                return strText;
+            }
             break;
         case StatementKind::Count:
             appendAll(strText, {"SELECT count(*) FROM ", strTable});

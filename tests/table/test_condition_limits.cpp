@@ -83,7 +83,10 @@ TEST(ConditionLimits, ThirtyTwoLevelsWorkInEveryMixtureAndOneMoreIsRefused)
         {
             SCOPED_TRACE(strPattern + " around " + szInnermost);
             bool blNegated = false;
-            const Json::Value jFilter = nested(kMaxLevel, strPattern, json(szInnermost), blNegated);
+            Json::Value jFilter = nested(kMaxLevel, strPattern, json(szInnermost), blNegated);
+            EXPECT_EQ(blNegated ? "2 3" : "1", table.ids(jFilter)) << table->status().text;
+            jFilter["$sort_by"] = "n";
+            jFilter["$limit"] = 3;
             EXPECT_EQ(blNegated ? "2 3" : "1", table.ids(jFilter)) << table->status().text;
             const Json::Value jDeeper = nested(kMaxLevel + 1, strPattern, json(szInnermost), blNegated);
             EXPECT_EQ("BadRequest $", table.ids(jDeeper).substr(0, 12));
@@ -284,6 +287,9 @@ TEST(ConditionLimits, APathMayHaveSixtyNames)
     table.add(jRecord);
     Json::Value jFilter;
     jFilter[strPath] = 5;
+    EXPECT_EQ("1", table.ids(jFilter)) << table->status().text;
+    jFilter["sort_by"] = "-" + strPath;
+    jFilter["limit"] = 1;
     EXPECT_EQ("1", table.ids(jFilter)) << table->status().text;
     jFilter.clear();
     for (const char* szOperand : {"5", "null", "[5]", "[5,null]", R"({"$gt":5})", R"({"$beginsWith":"x"})",

@@ -51,6 +51,37 @@ TEST(Requests, SortAndPage)
                      });
 }
 
+// Sorted without an index, or with one, in a table of its own order or not.
+TEST(Requests, PagesShowEveryRowOnceHoweverManyAreAlike)
+{
+    constexpr int kRows = 40;
+    for (const char* szMembers : {"n:int g:int", "n:int+ g:int", "n:int g:int+"})
+        for (const char* szOptions : {"", " WITHOUT ROWID"})
+            for (const char* szRequest : {R"({"sort_by":"n"})", R"({"sort_by":"-n","g":{"$gte":1}})",
+                                          R"({"sort_by":["-n","g"]})", R"({"sort_by":["g","n"],"id":{"$ne":0}})"})
+            {
+                SCOPED_TRACE(std::string(szMembers) + szOptions + szRequest);
+                FilterTable table(szMembers, "t",
+                                  std::string("CREATE TABLE t (id INTEGER PRIMARY KEY, n INT, g INT)") + szOptions);
+                for (int i = 0; i < kRows; ++i)
+                    table.add(json("{\"id\":" + std::to_string(i * 7 % kRows) + ",\"n\":" + std::to_string(i % 3) +
+                                   ",\"g\":" + std::to_string(i % 4) + "}"));
+                Json::Value jRequest = json(szRequest), jAll, jPaged;
+                ASSERT_EQ(0, table->recList(jRequest, jAll));
+                jRequest["limit"] = 7;
+                for (jRequest["offset"] = 0; jRequest["offset"].asInt() < kRows;
+                     jRequest["offset"] = jRequest["offset"].asInt() + 7)
+                    ASSERT_EQ(0, table->recList(jRequest, jPaged));
+                ASSERT_EQ(jAll.size(), jPaged.size());
+                std::set<int> ids;
+                for (Json::ArrayIndex i = 0; i < jAll.size(); ++i)
+                {
+                    EXPECT_TRUE(ids.insert(jPaged[i]["id"].asInt()).second);
+                    EXPECT_EQ(jAll[i]["n"], jPaged[i]["n"]);
+                }
+            }
+}
+
 TEST(Requests, AMemberWithTheNameOfAKeyIsTheMemberAndTheKeyHasADollar)
 {
     FilterTable table("limit:int fields:string sort_by:string");
@@ -282,10 +313,23 @@ TEST(Requests, IndexesServe)
         EXPECT_EQ(strBy + c.szExpected, table.plan(json(c.szRequest))) << c.szRequest;
     EXPECT_EQ("SCAN t USING INDEX t:s:index", table.plan(json(R"({"sort_by":"s"})")));
     EXPECT_EQ("SCAN t USING INDEX t:s:index", table.plan(json(R"({"sort_by":"-s","limit":5})")));
+    EXPECT_EQ("SCAN t", table.plan(json(R"({"sort_by":"id","limit":5})")));
     EXPECT_EQ("SEARCH t USING INTEGER PRIMARY KEY (rowid=?)", table.plan(json(R"({"id":5})")));
     sqlite3_limit(table.db(), SQLITE_LIMIT_VARIABLE_NUMBER, 3);
     for (const char* szRequest : {R"({"s":["1","2","3","4","\u0000"]})", R"({"i":[1,2,3,4]})", R"({"d":[1,2,3,4]})"})
         EXPECT_EQ(0U, table.plan(json(szRequest)).find(strBy)) << table.plan(json(szRequest));
+}
+
+// What SQLite sorts is copied row by row; a page of a few rows needs no copies of the others.
+TEST(Requests, APageThatMustBeSortedSortsRowNumbersAlone)
+{
+    FilterTable table("s:string j:Json::Value");
+    const std::string strSort = "USE TEMP B-TREE FOR ORDER BY";
+    const std::string strPage = "SEARCH t USING INTEGER PRIMARY KEY (rowid=?); LIST SUBQUERY ";
+    EXPECT_EQ(strPage + "1; SCAN t; " + strSort + "; " + strSort,
+              table.plan(json(R"({"sort_by":["-s","id"],"limit":5})")));
+    EXPECT_EQ("SCAN t; " + strSort, table.plan(json(R"({"sort_by":["-s","id"]})"))) << "every row is wanted";
+    EXPECT_EQ(0U, table.plan(json(R"({"sort_by":"j.k","limit":5})")).find(strPage)) << "a path";
 }
 
 // The steps of SQLite's machine are an exact count of what a fetch costs that does not depend on the machine.

@@ -528,6 +528,7 @@ TEST(TableKinds, WithoutRowidOrWithUndeclaredColumnsWorkAndViewsAndVirtualTables
         "CREATE TABLE @ (z DEFAULT 'z', n INT, y, id TEXT PRIMARY KEY)",
         "CREATE TABLE @ (id TEXT, n INT, z AS (n + 1), PRIMARY KEY (id, n)) WITHOUT ROWID",
         "CREATE TABLE @ (other INTEGER PRIMARY KEY, id TEXT, n INT)",
+        "CREATE TABLE @ (rowid TEXT, _rowid_ TEXT, id TEXT, n INT)",
         "ATTACH ':memory:' AS other; CREATE TABLE other.@ (z); CREATE TABLE @ (n INT, id TEXT)",
         "CREATE TABLE @ (id INT); CREATE TEMP TABLE @ (id TEXT PRIMARY KEY, n INT)",
         "ATTACH ':memory:' AS other; CREATE TABLE other.@ (id TEXT PRIMARY KEY, n INT)"};
@@ -540,6 +541,7 @@ TEST(TableKinds, WithoutRowidOrWithUndeclaredColumnsWorkAndViewsAndVirtualTables
         EXPECT_EQ(json(R"({"id": "b", "n": 2})"), jOut);
         EXPECT_TRUE(done(*t, t->recCreate(json(R"({"id": "a", "n": 1})"), jOut)));
         EXPECT_EQ(json(R"([{"id": "a", "n": 1}, {"id": "b", "n": 2}])"), t.list(R"({"sort_by": "id"})"));
+        EXPECT_EQ(json(R"([{"id": "a", "n": 1}])"), t.list(R"({"sort_by": "-id", "limit": 1, "offset": 1})"));
         EXPECT_TRUE(done(*t, t->recUpdateByFilter(json(R"({"id": "a"})"), json(R"({"n": 5})")), 1));
         EXPECT_TRUE(done(*t, t->recDelete(json(R"({"n": {"$gt": 4}})")), 1));
     }
@@ -551,6 +553,10 @@ TEST(TableKinds, WithoutRowidOrWithUndeclaredColumnsWorkAndViewsAndVirtualTables
         SCOPED_TRACE(szCreate);
         TestTable t(szMembers, szCreate);
         EXPECT_EQ(json(R"([{"id": "b", "n": 2}])"), t.list(R"({"id": "b"})"));
+        EXPECT_EQ(json(R"([{"id": "b", "n": 2}])"), t.list(R"({"sort_by": "-n", "limit": 1})"));
+        Json::Value jPlan;
+        EXPECT_TRUE(done(*t, t->explain(json(R"({"sort_by": "-n", "limit": 1})"), jPlan)));
+        EXPECT_EQ(std::string::npos, jPlan["sql"].asString().find(" IN ")) << "its rowids may be anything";
         EXPECT_TRUE(done(*t, t->recCount(json("{}")), 2));
         Json::Value jReport, jOut("before");
         EXPECT_TRUE(done(*t, t->tableCheck(jReport, true)));

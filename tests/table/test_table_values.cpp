@@ -441,6 +441,7 @@ TEST(TableCells, ThatOthersWroteAreConvertedWithoutLossOrNamed)
                 EXPECT_NE(std::string::npos, t->status().text.find("\"m\"")) << t->status().text;
             };
             unreadable(t->recList(jAll, jRows));
+            unreadable(t->recList(json(R"({"sort_by": "-m", "limit": 2})"), jRows));
             EXPECT_EQ(json(R"(["before"])"), jRows);
             Json::Value jOut("before");
             unreadable(t->recGetOne(jAll, jOut));
