@@ -41,6 +41,7 @@ const std::vector<Operation>& operations()
     // Nothing inside JSON: SQLite's json_valid() says no where its memory runs out.
     static const Json::Value jFilter =
         json(R"({"name": {"$gte": "a", "$ne": "zz"}, "$or": [{"n": null}, {"n": [1, 2, 3]}], "sort_by": "-name"})");
+    static const Json::Value jPage = json(R"({"n": {"$ne": 2}, "sort_by": "-data", "limit": 2, "offset": 1})");
     static const Json::Value jCondition =
         json(R"({"name": {"$gte": "a", "$ne": "zz"}, "$or": [{"n": null}, {"n": [1, 2, 3]}]})");
     static const Json::Value jValues = json(R"({"n": 5.5})"), jList = json("[0]"), jNamed = json(R"({"a": "x"})");
@@ -62,6 +63,7 @@ const std::vector<Operation>& operations()
              return t.recSave(j, false);
          }},
         {"list", [](vorn::Table& t, Json::Value& jOut) { return t.recList(jFilter, jOut); }},
+        {"page", [](vorn::Table& t, Json::Value& jOut) { return t.recList(jPage, jOut); }},
         {"each", [](vorn::Table& t, Json::Value&) { return t.recForEach(jFilter, [](Json::Value&) { return true; }); }},
         {"get", [](vorn::Table& t, Json::Value& jOut) { return t.recGetOne(jFilter, jOut); }},
         {"count", [](vorn::Table& t, Json::Value&) { return t.recCount(jCondition); }},
