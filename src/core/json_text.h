@@ -10,8 +10,6 @@
 #include <string>
 #include <string_view>
 
-#include "json_reader.h"
-
 // Compact text on one line, as JsonCpp's stream writer gives it: UTF-8 as it is, no comments, reals with 17 significant
 // digits, "NaN" and "Infinity" where they occur. A text of up to room characters is written without growing.
 std::string toString(const Json::Value& jValue, std::size_t room = 0);
@@ -19,12 +17,5 @@ std::string toString(const Json::Value& jValue, std::size_t room = 0);
 // Sets jValue to what JsonCpp's reader makes of the text. False, with jValue null, where the reader refuses it or it is
 // nested deeper than the reader allows.
 bool readByJsonCpp(std::string_view text, Json::CharReader& anyReader, Json::Value& jValue);
-
-// The same, with the column's own reader for the texts that it knows. A NUL must stand behind the text, and the
-// settings of anyReader decide only about texts that are not strict JSON.
-inline bool readJson(std::string_view text, JsonReader& reader, Json::CharReader& anyReader, Json::Value& jValue)
-{
-    return reader.read(text, jValue) || readByJsonCpp(text, anyReader, jValue);
-}
 
 #endif  // VORN_JSON_TEXT_H

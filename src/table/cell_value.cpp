@@ -90,7 +90,7 @@ Fit realNumber(const Json::Value& jValue, bool blFloat, double& dValue)
 }
 
 // What cannot be read back must not be stored: too deep, or a number that JSON does not have.
-Fit jsonFit(const Json::Value& jValue, int depth)  // NOLINT(misc-no-recursion): kMaxDepth bounds it
+Fit jsonFit(const Json::Value& jValue, int depth = 0)  // NOLINT(misc-no-recursion): kMaxDepth bounds it
 {
     if (jValue.type() == Json::realValue)
         return std::isfinite(jValue.asDouble()) ? Fit::Fits : Fit::BeyondRange;
@@ -128,11 +128,11 @@ Fit fitOf(ValueClass valueClass, Json::ValueType type, const Json::Value& jValue
             return fit;
         }
         case ValueClass::Object:
-            return type == Json::objectValue ? jsonFit(jValue, 0) : Fit::WrongKind;
+            return type == Json::objectValue ? jsonFit(jValue) : Fit::WrongKind;
         case ValueClass::Array:
-            return type == Json::arrayValue ? jsonFit(jValue, 0) : Fit::WrongKind;
+            return type == Json::arrayValue ? jsonFit(jValue) : Fit::WrongKind;
         case ValueClass::AnyJson:
-            return jsonFit(jValue, 0);
+            return jsonFit(jValue);
         default:
         {
             std::int64_t iValue = 0;
@@ -155,6 +155,11 @@ bool report(Fit fit, const Member& member, std::string_view path, Status& status
 }
 
 }  // namespace
+
+bool isJsonValue(const Json::Value& jValue)
+{
+    return jsonFit(jValue) == Fit::Fits;
+}
 
 std::string_view textOf(const Json::Value& jString)
 {

@@ -28,6 +28,9 @@ bool toBound(const Member& member, const Json::Value& jValue, std::string_view p
 // Converts a value that checkValue() has found to fit.
 void bindChecked(const Member& member, const Json::Value& jValue, BoundValue& value);
 
+// Whether it is one that members of the JSON types can have: at most 1,000 levels deep, of finite numbers.
+bool isJsonValue(const Json::Value& jValue);
+
 // The characters of a JSON string, for as long as it is not changed.
 std::string_view textOf(const Json::Value& jString);
 

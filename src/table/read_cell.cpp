@@ -10,6 +10,7 @@
 #include <new>
 
 #include "../core/json_text.h"
+#include "cell_value.h"
 
 namespace vorn
 {
@@ -140,6 +141,8 @@ Cell setText(std::string_view text, Json::Value& jValue)
 
 bool StrictReader::read(std::string_view text, JsonReader& reader, Json::Value& jValue)
 {
+    if (reader.read(text, jValue))
+        return true;
     if (m_pReader == nullptr)
     {
         constexpr int kLevels = 1001;  // JsonCpp counts what stands in the innermost level too
@@ -151,7 +154,8 @@ bool StrictReader::read(std::string_view text, JsonReader& reader, Json::Value& 
         builder["stackLimit"] = kLevels;
         m_pReader.reset(builder.newCharReader());
     }
-    return readJson(text, reader, *m_pReader, jValue);
+    // Some releases of JsonCpp read a number that is too large as infinite.
+    return readByJsonCpp(text, *m_pReader, jValue) && isJsonValue(jValue);
 }
 
 Cell readText(const Member& member, std::string_view text, JsonReader& reader, StrictReader& strictReader,

@@ -25,14 +25,14 @@ enum class Cell : unsigned char
     Bad  // it holds something that is no value of the member
 };
 
-// Reads texts of the JSON types: strict JSON, 1,000 levels deep. Made when it is first needed, because it is costly.
+// Reads texts of the JSON types: strict JSON of values that can be stored.
 class StrictReader
 {
 public:
     bool read(std::string_view text, JsonReader& reader, Json::Value& jValue);
 
 private:
-    std::unique_ptr<Json::CharReader> m_pReader;
+    std::unique_ptr<Json::CharReader> m_pReader;  // made when it is first needed, because it is costly
 };
 
 // The value that a text stands for; a NUL stands behind it. jValue is null, stays so

@@ -6,6 +6,7 @@
 #include <stdexcept>
 #include <string>
 
+#include "json_reader.h"
 #include "json_text.h"
 
 // The text as the value of a column, which is null where it is not JSON.
@@ -19,7 +20,8 @@ inline Json::Value readColumn(const std::string& strText, JsonReader& reader)
         return *builder.newCharReader();
     }();
     Json::Value jValue;
-    if (!readJson(strText.c_str(), reader, anyReader, jValue) && !jValue.isNull())
+    const std::string_view text = strText.c_str();
+    if (!reader.read(text, jValue) && !readByJsonCpp(text, anyReader, jValue) && !jValue.isNull())
         throw std::runtime_error("a value is left of a text that is refused");
     return jValue;
 }
