@@ -1,9 +1,9 @@
 # SPDX-License-Identifier: MIT
 # shellcheck shell=bash
 #
-# A new, bare Debian 12 to try things in, for the commands that need one. Sourced after common.sh, by root.
+# A new, bare Debian to try things in, for the commands that need one. Sourced after common.sh, by root.
 
-release=bookworm
+release=${VORN_DEBIAN:-bookworm}
 
 # debian_sources: "URI SUITE COMPONENT" for each of this machine's own sources of Debian packages.
 debian_sources()
@@ -33,7 +33,13 @@ full 7
 random 8
 urandom 9"
         ln -s /proc/self/fd "$root/dev/fd"
+        ln -s fd/0 "$root/dev/stdin"
+        ln -s fd/1 "$root/dev/stdout"
+        ln -s fd/2 "$root/dev/stderr"
         mkdir -m 1777 "$root/dev/shm"
+        mkdir "$root/dev/pts"
+        mount -t devpts -o newinstance,ptmxmode=666,mode=620,gid=5 devpts "$root/dev/pts"
+        ln -s pts/ptmx "$root/dev/ptmx"
         mount -t proc proc "$root/proc"
         exec env -i HOME=/root LANG=C.UTF-8 PATH=/usr/sbin:/usr/bin:/sbin:/bin \
             ${http_proxy:+http_proxy="$http_proxy"} ${https_proxy:+https_proxy="$https_proxy"} \
@@ -53,7 +59,7 @@ bare_make()
     mirror=$(sed -nE "s/^([^ ]+) $release main\$/\1/p" <<<"$sources" | sed -n 1p)
     [ -n "$mirror" ] || die "apt's sources name no Debian archive to make a new system from"
 
-    say "== making a bare Debian 12 in $root"
+    say "== making a bare Debian ($release) in $root"
     eval "$(apt-config shell proxy Acquire::http::Proxy)"
     # In a namespace of its own, because it mounts /proc in the new system and, where it fails, leaves it mounted.
     if ! http_proxy=${proxy:-${http_proxy:-}} unshare --mount \

@@ -1,6 +1,6 @@
 #!/bin/bash
 # SPDX-License-Identifier: MIT
-# runs ./dev demo and ./dev test twice in a new, bare Debian 12: [commands instead of those two]
+# runs ./dev demo and ./dev test twice in a new, bare Debian 12, or another with VORN_DEBIAN=trixie: [commands instead of those two]
 . "$(dirname "$0")/common.sh"
 . tools/bare.sh
 

@@ -30,15 +30,10 @@ std::string g_strftimeText;  // what strftime() writes instead, if it fits
 int g_conversions = 0;
 
 // The functions' names in the C library. With a 64-bit time_t on a 32-bit system its headers rename them.
-#ifdef __USE_TIME_BITS64
-constexpr const char* timeName = "__time64";
-constexpr const char* gmtimeName = "__gmtime64_r";
-constexpr const char* localtimeName = "__localtime64_r";
-#else
-constexpr const char* timeName = "time";
-constexpr const char* gmtimeName = "gmtime_r";
-constexpr const char* localtimeName = "localtime_r";
-#endif
+constexpr bool kRenamed = sizeof(time_t) > sizeof(long);
+constexpr const char* timeName = kRenamed ? "__time64" : "time";
+constexpr const char* gmtimeName = kRenamed ? "__gmtime64_r" : "gmtime_r";
+constexpr const char* localtimeName = kRenamed ? "__localtime64_r" : "localtime_r";
 
 template <class Function>
 Function* original(const char* name)
