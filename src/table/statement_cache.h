@@ -38,7 +38,7 @@ struct Shape
     const MemberSet* pMembers = nullptr;  // null: none, or all where that makes sense
     std::string_view tail = {};
     bool blKeep = true;
-    std::string_view pageOrder = {};  // of a Select: see Compiled
+    std::string_view pageOrder = {};  // of a Select, and part of the tail: see Compiled
 };
 
 struct KeptStatement
