@@ -79,14 +79,17 @@ TEST(LogTexts, TheReferenceHasEveryConditionThatIsQuotedAndNoOther)
         EXPECT_EQ(1U, quoted.count(condition)) << "in no source: " << condition;
 }
 
-// Whether the text stands there as a string of its own. What comes before the first string of a section is no text, and
-// not always NUL.
+// Whether the text stands there as a string of its own, not as the end of another. What comes before the first string
+// of a section is no text, and not always NUL.
 bool hasText(const std::string& library, const std::string& text)
 {
     const std::string ended = text + '\0';
     for (std::size_t at = 0; (at = library.find(ended, at)) != std::string::npos; ++at)
-        if (at == 0 || std::isprint(static_cast<unsigned char>(library[at - 1])) == 0)
+    {
+        const auto before = static_cast<unsigned char>(at != 0 ? library[at - 1] : '\0');
+        if (std::isprint(before) == 0 && std::isspace(before) == 0)
             return true;
+    }
     return false;
 }
 
